@@ -1,0 +1,31 @@
+# Front door: `make run` builds everything and runs the main job on its
+# default scenario; `make test` builds and runs the test suite.
+BUILD    ?= build
+JOBS     ?= $(shell nproc)
+CMAKE_ARGS ?=
+BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev
+
+.PHONY: deps configure build run test bench clean
+
+deps:
+	@./scripts/deps.sh $(BUILD_DEPS)
+
+configure: deps
+	cmake -S . -B $(BUILD) $(CMAKE_ARGS)
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+run: build
+	./$(BUILD)/apps/flashbch/flashbch
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+bench: deps
+	@./scripts/deps.sh libbenchmark-dev
+	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DQFB_BUILD_BENCH=ON -DQFB_BUILD_TESTS=OFF
+	cmake --build build-bench -j $(JOBS)
+
+clean:
+	rm -rf $(BUILD) build-bench
