@@ -186,7 +186,7 @@ TEST(GF2m, OneBitFieldIsExemptFromTheParityTest) {
 TEST(GF2mDeath, DefiningPolynomialChecks) {
   const int notMonic[] = {0, 1, 0, 1, 1};
   const int even[] = {1, 1, 0, 0, 0};
-  const int p16[16] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};
+  const int p16[17] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};  // degree 16: 17 coefficients
   EXPECT_EXIT_PRINTS(GF2m(4, kP4, 3, static_cast<const char*>(nullptr)), 255,
                      "Polynomial p(x) does not generate GF(2^4)\nExiting, ...\n");
   EXPECT_EXIT_PRINTS(GF2m(15, p16, 16, static_cast<const char*>(nullptr)), 255,
