@@ -93,7 +93,7 @@ void M_file::StartCollecting(const std::string& var, int ncols) {
     return;
   }
   subfile& sf = subfiles[var];
-  sf.ncols = ncols;
+  sf.ncols = std::max(ncols, 1);  // rows need at least one column to ever end
   sf.stream = std::make_unique<std::ofstream>();
 
   const std::string path = name + var;

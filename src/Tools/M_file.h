@@ -35,6 +35,7 @@ class M_file {
   void Put(const std::string& var, const std::vector<std::string>& list);
   void WriteLine(const std::string& line);
 
+  // ncols below 1 is taken as 1.
   void StartCollecting(const std::string& var, int ncols);
   // T is bool, int, double or unsigned char.
   template <class T>

@@ -92,8 +92,11 @@ TEST(MFile, ContinuationsChainAndCallByLastPathComponent) {
     int* rows[] = {row0, row1, row2};
     mf.Append("z", rows, 3, 2);
     mf.Append("z", rows, 0, 2);
+    mf.StartCollecting("c", 0);  // taken as one column
+    mf.Append("c", 8);
   }
-  EXPECT_EQ(readFile("sub/r.m"), "rz\n");
+  EXPECT_EQ(readFile("sub/rc.m"), "c = [\n8\n];\n");
+  EXPECT_EQ(readFile("sub/r.m"), "rz\nrc\n");
   EXPECT_EQ(readFile("sub/rz.m"), "z = [\n1 2\n];\nrzxMx1\nz = [z; zxMx1];\nclear zxMx1;\n");
   EXPECT_EQ(readFile("sub/rzxMx1.m"), "zxMx1 = [\n3 4\n];\nrzxMx2\nzxMx1 = [zxMx1; zxMx2];\nclear zxMx2;\n");
   EXPECT_EQ(readFile("sub/rzxMx2.m"), "zxMx2 = [\n5 6\n];\n");
