@@ -237,6 +237,7 @@ TEST(FixedPoint, StatisticsAndCopies) {
   std::snprintf(want, sizeof want, "%12.4e %12.4e %12.4e %12.4e %s", -5.0, 127.0, mean, std::sqrt(sq / 4 - mean * mean), "OVR");
   EXPECT_STREQ(f.get_pretty_stats(), want);
   f.reset_stats();
+  EXPECT_THAT(f.get_pretty_stats(), ::testing::MatchesRegex(" 1.7977e\\+308 -1.7977e\\+308 +-?nan +-?nan OVR"));
   EXPECT_TRUE(f.get_overflow());
   EXPECT_EQ(f.get_count(), 0);
   f.set_format(8, -1, "slr");  // requantising counts as an assignment
