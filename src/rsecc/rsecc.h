@@ -99,11 +99,11 @@ class RSECC {
   // Step r of the inversionless iteration, with the discrepancy given instead
   // of computed: S[r-1] is solved from it. 0 on an inconsistent state.
   int basicInductiveStep(int* S, int r, int* lambda, int* B, int len, int& gamma, int& L, int delta);
-  // For a fixed slope c, the first-step discrepancy that makes each position
-  // a root of the one-error-extended locator (see rsecc.cpp); -1 where none
-  // does. Returns the number of positions that are roots for every choice.
-  int mapping(const int* lambdaAt, const int* xBAt, const int* xAt, int nPos, int gamma, int c,
-              int* deltaAt);
+  // Candidates of the form P(x) + delta Q(x), given by their values at the
+  // code's positions: deltaAt[p] is the delta for which position p is a
+  // root, or -1 when there is none (or it would be zero and zeroAllowed is
+  // false). Returns the number of positions that are roots for every delta.
+  int mapping(const int* pAt, const int* qAt, int nPos, bool zeroAllowed, int* deltaAt);
 
   void bitStream2symbolStream(const int* bits, int nBits, int* symbols, int nSymbols, int m);
   void bitStream2symbolStreamReverseOrderInt(const int* values, int nValues, int* symbols,
@@ -115,12 +115,17 @@ class RSECC {
   void buildGenerator(int degree, int* g);
   int berlekampMassey(const int* S, int* lambda, int* B, int len, int& L, int tUse, int n,
                       const int* erasures, int nErasures, bool inversionless, int* gammaOut);
+  void locatorStep(int* lambda, int* B, int len, int r, int delta, int nErasures, bool inversionless,
+                   int& gamma, int& L);
   int decodeWithLocator(int* cw, int n, int tUse, const int* mask, const int* erasures,
                         int nErasures, bool withErasures);
   int locatorSum(const int* lambda, int count, const int* S, int j);
   bool isZeroPoly(const int* p, int count) const;
-  int collectBeyondBound(const int* cw, int n, int tUse, const int* S, std::vector<std::vector<int>>& found,
-                         int maxFound);
+  int collectBeyondBound(const int* r, int n, int tUse, const int* S,
+                         std::vector<std::vector<int>>& errors, int maxFound);
+  int verifyBeyondBoundCandidate(const int* r, int n, int tUse, const int* S, const int* lambda,
+                                 const int* B, int len, int gamma, int L, const int deltas[2],
+                                 std::vector<int>& error, std::vector<int>& locator);
 
   int reservedState = 0;
   std::unique_ptr<GF> gf;
