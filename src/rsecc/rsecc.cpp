@@ -209,7 +209,9 @@ int RSECC::isValidCodeword(const int* cw, int n) {
   return isZeroPoly(rem.data(), nParity) ? 1 : 0;
 }
 
-void RSECC::getGenPoly(int* out, int count) const { std::copy(genPoly.begin(), genPoly.begin() + count, out); }
+void RSECC::getGenPoly(int* out, int count) const {
+  std::copy(genPoly.begin(), genPoly.begin() + count, out);
+}
 
 void RSECC::returnSyndromes(int* out, int count) const {
   std::copy(syndromes.begin(), syndromes.begin() + count, out);
@@ -301,15 +303,15 @@ int RSECC::berlekampMassey(const int* S, int* lambda, int* B, int len, int& L, i
   int gamma = one;
   if (nErasures > 0) {
     if (nErasures > len - 1) return 0;
-    std::vector<int> gamma_(1, one), product;
+    std::vector<int> erasureLocator(1, one), product;
     for (int j = 0; j < nErasures; ++j) {
       const int factor[2] = {n - 1 - erasures[j], one};
       product.assign(j + 2, zero);
-      gf->polyMult(gamma_.data(), j, factor, 1, product.data(), j + 1);
-      gamma_ = product;
+      gf->polyMult(erasureLocator.data(), j, factor, 1, product.data(), j + 1);
+      erasureLocator = product;
     }
-    std::copy(gamma_.begin(), gamma_.end(), lambda + len - 1 - nErasures);
-    std::copy(gamma_.begin(), gamma_.end(), B + len - 1 - nErasures);
+    std::copy(erasureLocator.begin(), erasureLocator.end(), lambda + len - 1 - nErasures);
+    std::copy(erasureLocator.begin(), erasureLocator.end(), B + len - 1 - nErasures);
     L = nErasures;
   }
   for (int r = nErasures + 1; r <= 2 * tUse; ++r) {
@@ -570,7 +572,8 @@ int RSECC::basicInductiveStep(int* S, int r, int* lambda, int* B, int len, int& 
     return 0;
   }
   int known = zero;
-  for (int i = 1; i <= std::min(L, r - 1); ++i) known = gf->add(known, gf->multiply(lambda[len - 1 - i], S[r - 1 - i]));
+  for (int i = 1; i <= std::min(L, r - 1); ++i)
+    known = gf->add(known, gf->multiply(lambda[len - 1 - i], S[r - 1 - i]));
   S[r - 1] = gf->multiply(gf->add(delta, known), gf->multInverse(lambda0));
   locatorStep(lambda, B, len, r, delta, 0, true, gamma, L);
   return 1;
@@ -703,8 +706,8 @@ int RSECC::collectBeyondBound(const int* r, int n, int tUse, const int* S,
         deltas[0] = d;
         deltas[1] = d == zero ? gf->multiply(h, gf->multInverse(gamma)) : h;
       }
-      const int verdict =
-          verifyBeyondBoundCandidate(r, n, tUse, S, lambda.data(), B.data(), len, gamma, L, deltas, error, locator);
+      const int verdict = verifyBeyondBoundCandidate(r, n, tUse, S, lambda.data(), B.data(), len, gamma, L,
+                                                     deltas, error, locator);
       if (verdict < 0) return -1;
       if (verdict == 0 || std::find(errors.begin(), errors.end(), error) != errors.end()) continue;
       std::vector<int>& slot = listWork[errors.size()];

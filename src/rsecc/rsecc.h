@@ -128,27 +128,31 @@ class RSECC {
                                  std::vector<int>& error, std::vector<int>& locator);
 
   int reservedState = 0;
-  std::unique_ptr<GF> gf;
+  std::unique_ptr<GF> gf;  // private copy of the caller's field
   int t = 0;
   int nParity = 0;
-  std::vector<int> genPoly;
+  std::vector<int> genPoly;  // nParity+1 coefficients, genPoly[0] = one
   int b0 = 0;
+  // 4t rows of 3t+2: the locators of the candidates a list search accepted.
   std::vector<std::vector<int>> listWork;
   std::unique_ptr<Code30_31nrz_v2> rll;
   bool eccRll = false;
   bool maskInput = false;
-  bool trueValidityTest = false;
-  int listStepsPerError = 2;
+  bool trueValidityTest = false;  // nParity > 2t: extra syndromes can vet a locator
+  int listStepsPerError = 2;      // hypothesised syndromes per error beyond the bound
   int scheduleRows = 70;
   int scheduleCols = 24;
   std::vector<std::vector<int>> schedule;
+  // The stored schedule's kind and the tuning values of a deeper, multi-error
+  // list search; kept with their established values.
   int scheduleKind = 3;
   int listParamA = 16;
   int listParamB = 18;
   int listParamC = 34;
   int listParamD = 27;
   int listParamE = 27;
-  int useUpperSyndromes = 0;
+  int useUpperSyndromes = 0;  // locate from the last 2tUse syndromes instead of the first
   bool listDebug = false;
+  // The last computed syndromes (the first nParity of them).
   std::vector<int> syndromes;
 };

@@ -123,8 +123,9 @@ TEST(RseccBeyondDeathTest, UnsupportedFirstRootIsALogicalError) {
   RSECC rs(&f, 2, -1, false, 2);
   std::vector<int> w(15, 15);
   int* list[1] = {w.data()};
-  EXPECT_EXIT_PRINTS(rs.decodeBeyondBchBound(w.data(), 15, -1, nullptr), 255, "RSECC:: Logical error, exiting...\n");
-  EXPECT_EXIT_PRINTS(rs.listDecode(w.data(), 15, -1, nullptr, list, 1), 255, "RSECC:: Logical error, exiting...\n");
+  const char* text = "RSECC:: Logical error, exiting...\n";
+  EXPECT_EXIT_PRINTS(rs.decodeBeyondBchBound(w.data(), 15, -1, nullptr), 255, text);
+  EXPECT_EXIT_PRINTS(rs.listDecode(w.data(), 15, -1, nullptr, list, 1), 255, text);
 }
 
 }  // namespace
