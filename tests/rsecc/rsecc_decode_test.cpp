@@ -54,65 +54,51 @@ TEST(RseccDecode, WorkedExampleOfOneSymbolCode) {
   EXPECT_EQ(w, (std::vector<int>{0, 14, 0, 7, 9}));
 }
 
+// Both positions run over the whole word and both values over the whole
+// field (zero included), so every pattern of at most two errors occurs.
 TEST(RseccDecode, EveryPatternOfUpToTwoErrorsInGf16) {
   GF2m f = field(4);
   std::mt19937 rng(11);
   for (int b0 : {0, 1}) {
     RSECC rs(&f, 2, 4, false, b0);
     const std::vector<int> cw = randomCodeword(rs, f, 15, rng);
-    int patterns = 0;
     for (int i = 0; i < 15; ++i)
-      for (int j = i; j < 15; ++j)
-        for (int vi = 0; vi < 15; ++vi)
-          for (int vj = 0; vj < 15; ++vj) {
-            if (i == j && vj > 0) continue;
-            std::vector<int> r = cw;
-            r[i] = f.add(r[i], vi);
-            if (j != i) r[j] = f.add(r[j], vj);
-            ASSERT_EQ(rs.decode(r.data(), 15, -1, nullptr), 1) << b0 << " " << i << " " << j;
-            ASSERT_EQ(r, cw) << "b0=" << b0 << " positions " << i << "," << j;
-            ++patterns;
-          }
-    EXPECT_EQ(patterns, 15 * 15 + 105 * 225);
+      for (int j = i + 1; j < 15; ++j)
+        for (int v = 0; v < 256; ++v) {
+          std::vector<int> r = cw;
+          r[i] = f.add(r[i], v % 16);
+          r[j] = f.add(r[j], v / 16);
+          ASSERT_EQ(rs.decode(r.data(), 15, -1, nullptr), 1);
+          ASSERT_EQ(r, cw) << "b0=" << b0 << " positions " << i << "," << j << " values " << v;
+        }
   }
 }
 
-TEST(RseccDecode, RandomPatternsWithinTheBoundInGf256) {
-  GF2m f = field(8);
-  std::mt19937 rng(5);
-  struct Case { int t, nParity, n, tUse; };
-  const Case cases[] = {{4, -1, 40, -1}, {8, -1, 255, -1}, {4, 9, 60, 4}, {6, -1, 100, 3}};
-  for (int b0 : {0, 1}) {
-    for (const Case& c : cases) {
-      RSECC rs(&f, c.t, c.nParity, false, b0);
-      const int limit = c.tUse < 0 ? c.t : c.tUse;
-      for (int trial = 0; trial < 40; ++trial) {
-        const std::vector<int> cw = randomCodeword(rs, f, c.n, rng);
-        std::vector<int> r = corrupt(cw, f, trial % (limit + 1), rng);
-        ASSERT_EQ(rs.decode(r.data(), c.n, c.tUse, nullptr), 1) << "t=" << c.t << " trial " << trial;
-        ASSERT_EQ(r, cw) << "t=" << c.t << " b0=" << b0 << " trial " << trial;
-      }
-    }
-  }
-}
-
+// e errors and f erasures with 2e + f <= 2tUse, tUse = t or less.
 TEST(RseccDecode, ErrorsAndErasuresWithinTheBound) {
   std::mt19937 rng(9);
-  struct Case { int m, t, n; };
-  const Case cases[] = {{4, 2, 15}, {4, 3, 12}, {8, 4, 60}, {8, 8, 255}};
+  struct Case { int m, t, nParity, n, tUse; };
+  const Case cases[] = {{4, 2, -1, 15, -1}, {4, 3, -1, 12, -1}, {8, 4, 9, 60, -1},
+                        {8, 8, -1, 255, -1}, {8, 6, -1, 100, 3}};
   for (int b0 : {0, 1}) {
     for (const Case& c : cases) {
       GF2m f = field(c.m);
-      RSECC rs(&f, c.t, -1, false, b0);
+      RSECC rs(&f, c.t, c.nParity, false, b0);
+      const int limit = c.tUse < 0 ? c.t : c.tUse;
       for (int trial = 0; trial < 60; ++trial) {
-        const int erasures = trial % (2 * c.t + 1), errors = (2 * c.t - erasures) / 2;
+        const int erasures = trial % (2 * limit + 1);
+        const int errors = int(rng() % ((2 * limit - erasures) / 2 + 1));
         const std::vector<int> cw = randomCodeword(rs, f, c.n, rng);
         std::vector<int> where;
         std::vector<int> r = corrupt(cw, f, errors + erasures, rng, &where);
-        // Some erased symbols happen to be right: erasure values may be zero.
-        if (erasures > 0) r[where[errors]] = cw[where[errors]];
-        ASSERT_EQ(rs.decodeErrorAndErasure(r.data(), c.n, where.data() + errors, erasures, -1, nullptr), 1);
+        if (erasures > 0) r[where[errors]] = cw[where[errors]];  // an erased symbol may be right
+        std::vector<int> plain = r;
+        const int* erased = where.data() + errors;
+        ASSERT_EQ(rs.decodeErrorAndErasure(r.data(), c.n, erased, erasures, c.tUse, nullptr), 1);
         ASSERT_EQ(r, cw) << "t=" << c.t << " b0=" << b0 << " e=" << errors << " f=" << erasures;
+        if (erasures > 0) continue;
+        ASSERT_EQ(rs.decode(plain.data(), c.n, c.tUse, nullptr), 1);
+        ASSERT_EQ(plain, cw);
       }
     }
   }
@@ -124,31 +110,28 @@ TEST(RseccDecode, LocatorSearchesAgreeAndErasureFreePathEqualsDecode) {
   RSECC rs(&f, 5, -1, false, 1);
   const int n = 80, len = 11;
   for (int trial = 0; trial < 60; ++trial) {
-    const std::vector<int> cw = randomCodeword(rs, f, n, rng);
-    std::vector<int> r = corrupt(cw, f, trial % 9, rng);
+    const std::vector<int> r = corrupt(randomCodeword(rs, f, n, rng), f, trial % 9, rng);
     std::vector<int> S(10);
     rs.syndromesCompute(r.data(), n, S.data(), 10);
-    std::vector<int> l1(len), b1(len), l2(len), b2(len), roots1(len - 1), roots2(len - 1);
-    int L1, L2, L1b, L2b, n1 = 0, n2 = 0;
-    EXPECT_EQ(rs.BM_inversionless(n, S.data(), l1.data(), b1.data(), len, L1, L1b, 5),
-              rs.BM(n, S.data(), l2.data(), b2.data(), len, L2, L2b, 5));
-    EXPECT_EQ(L1, L2);
-    EXPECT_EQ(L1, L1b);
-    rs.chienSearch(l1.data(), len, roots1.data(), n1);
-    rs.chienSearch(l2.data(), len, roots2.data(), n2);
-    EXPECT_EQ(roots1, roots2) << trial;
-
     const int erasures[2] = {trial % n, (trial * 7 + 3) % n};
-    const int nEr = trial % 9 <= 3 ? 2 : 0;
-    EXPECT_EQ(rs.BM_EAE_inversionless(n, S.data(), l1.data(), b1.data(), len, L1, L1b, 5, erasures, nEr),
-              rs.BM_errorAndErasure(n, S.data(), l2.data(), b2.data(), len, L2, L2b, 5, erasures, nEr));
-    rs.chienSearch(l1.data(), len, roots1.data(), n1);
-    rs.chienSearch(l2.data(), len, roots2.data(), n2);
-    EXPECT_EQ(roots1, roots2) << trial;
-
+    for (int nEr : {0, 2}) {
+      std::vector<int> l1(len), b1(len), l2(len), b2(len), roots1(len - 1), roots2(len - 1);
+      int L1, L2, L1b, L2b, n1 = 0, n2 = 0;
+      const int* s = S.data();
+      const int ok1 = nEr ? rs.BM_EAE_inversionless(n, s, l1.data(), b1.data(), len, L1, L1b, 5, erasures, 2)
+                          : rs.BM_inversionless(n, s, l1.data(), b1.data(), len, L1, L1b, 5);
+      const int ok2 = nEr ? rs.BM_errorAndErasure(n, s, l2.data(), b2.data(), len, L2, L2b, 5, erasures, 2)
+                          : rs.BM(n, s, l2.data(), b2.data(), len, L2, L2b, 5);
+      EXPECT_EQ(ok1, ok2);
+      EXPECT_EQ(L1, L2);
+      EXPECT_EQ(L1, L1b);
+      rs.chienSearch(l1.data(), len, roots1.data(), n1);
+      rs.chienSearch(l2.data(), len, roots2.data(), n2);
+      EXPECT_EQ(roots1, roots2) << trial;
+    }
     std::vector<int> a = r, b = r;
-    EXPECT_EQ(rs.decode(a.data(), n, -1, nullptr),
-              rs.decodeErrorAndErasure(b.data(), n, nullptr, 0, -1, nullptr));
+    const int viaErasures = rs.decodeErrorAndErasure(b.data(), n, nullptr, 0, -1, nullptr);
+    EXPECT_EQ(rs.decode(a.data(), n, -1, nullptr), viaErasures);
     EXPECT_EQ(a, b);
   }
 }
