@@ -74,17 +74,18 @@ TEST(RseccDecode, EveryPatternOfUpToTwoErrorsInGf16) {
   }
 }
 
-// e errors and f erasures with 2e + f <= 2tUse, tUse = t or less.
+// e errors and f erasures with 2e + f <= 2tUse, tUse = t or less; a code
+// with fewer than 2t parity symbols decodes as far as its syndromes allow.
 TEST(RseccDecode, ErrorsAndErasuresWithinTheBound) {
   std::mt19937 rng(9);
   struct Case { int m, t, nParity, n, tUse; };
   const Case cases[] = {{4, 2, -1, 15, -1}, {4, 3, -1, 12, -1}, {8, 4, 9, 60, -1},
-                        {8, 8, -1, 255, -1}, {8, 6, -1, 100, 3}};
+                        {8, 8, -1, 255, -1}, {8, 6, -1, 100, 3}, {8, 4, 6, 40, -1}};
   for (int b0 : {0, 1}) {
     for (const Case& c : cases) {
       GF2m f = field(c.m);
       RSECC rs(&f, c.t, c.nParity, false, b0);
-      const int limit = c.tUse < 0 ? c.t : c.tUse;
+      const int limit = std::min(c.tUse < 0 ? c.t : c.tUse, c.nParity < 0 ? c.t : c.nParity / 2);
       for (int trial = 0; trial < 60; ++trial) {
         const int erasures = trial % (2 * limit + 1);
         const int errors = int(rng() % ((2 * limit - erasures) / 2 + 1));
