@@ -62,40 +62,48 @@ TEST(RseccBeyond, ListEqualsBruteForceSearchInGf16) {
   }
 }
 
+// Five errors against t = 4 in a (40, 32) code over GF(2^8); the third
+// variant stores every codeword plus a known mask.
 TEST(RseccBeyond, CorrectsOneErrorMoreThanDecodeAndNeverReturnsANonCodeword) {
   GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
   std::mt19937 rng(8);
   std::uniform_int_distribution<int> sym(0, 255), nonZero(0, 254);
-  for (int b0 : {0, 1}) {
-    RSECC rs(&f, 4, -1, false, b0);
+  for (int variant = 0; variant < 3; ++variant) {
+    const bool masked = variant == 2;
+    RSECC rs(&f, 4, -1, masked, variant % 2);
     const int n = 40, k = 32, trials = 30;
     int decodeRestored = 0, beyondRestored = 0;
     for (int trial = 0; trial < trials; ++trial) {
-      std::vector<int> msg(k), cw(n), idx(n);
+      std::vector<int> msg(k), sent(n), idx(n), mask(n, 255);
       for (int& s : msg) s = sym(rng);
-      rs.encode(msg.data(), k, cw.data(), n);
-      for (int i = 0; i < n; ++i) idx[i] = i;
+      rs.encode(msg.data(), k, sent.data(), n);
+      for (int i = 0; i < n; ++i) {
+        if (masked) mask[i] = sym(rng);
+        sent[i] = f.add(sent[i], mask[i]);
+        idx[i] = i;
+      }
       std::shuffle(idx.begin(), idx.end(), rng);
-      std::vector<int> r = cw;
+      std::vector<int> r = sent;
       for (int e = 0; e < 5; ++e) r[idx[e]] = f.add(r[idx[e]], nonZero(rng));
-      std::vector<int> a = r, b = r;
-      rs.decode(a.data(), n, -1, nullptr);
-      decodeRestored += a == cw;
-      if (rs.decodeBeyondBchBound(b.data(), n, -1, nullptr)) {
-        EXPECT_EQ(rs.isValidCodeword(b.data(), n), 1);
+      std::vector<int> a = r, b = r, unmasked(n);
+      rs.decode(a.data(), n, -1, mask.data());
+      decodeRestored += a == sent;
+      if (rs.decodeBeyondBchBound(b.data(), n, -1, mask.data())) {
+        for (int i = 0; i < n; ++i) unmasked[i] = f.add(b[i], mask[i]);
+        EXPECT_EQ(rs.isValidCodeword(unmasked.data(), n), 1);
         EXPECT_LE(distance(b, r), 5);
-        beyondRestored += b == cw;
+        beyondRestored += b == sent;
       } else {
         EXPECT_EQ(b, r);
       }
       std::vector<int> noise(n);
       for (int& s : noise) s = sym(rng);
-      if (rs.decodeBeyondBchBound(noise.data(), n, -1, nullptr)) {
+      if (!masked && rs.decodeBeyondBchBound(noise.data(), n, -1, nullptr)) {
         EXPECT_EQ(rs.isValidCodeword(noise.data(), n), 1);
       }
     }
     EXPECT_EQ(decodeRestored, 0);
-    EXPECT_GE(beyondRestored, trials * 4 / 5) << "b0=" << b0;
+    EXPECT_GE(beyondRestored, trials * 4 / 5) << "variant " << variant;
   }
 }
 
