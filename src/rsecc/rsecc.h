@@ -83,12 +83,13 @@ class RSECC {
   int fullValidityCheckErrorLocator(const int* lambda, int count, const int* S);
   int isValidSyndromes(const int* S, int tUse);
 
-  // Beyond the bound: corrects up to tUse+1 errors when exactly one codeword
-  // lies within that distance; 1 on success (cw rewritten), 0 otherwise.
+  // Beyond the bound: what decode() corrects, and otherwise tUse+1 errors
+  // when exactly one codeword lies at that distance; 1 on success (cw
+  // rewritten), 0 otherwise (cw untouched). b0 must be 0 or 1.
   int decodeBeyondBchBound(int* cw, int n, int tUse, const int* mask);
-  // All codewords within tUse+1 errors of the word (at most 4t, the list
-  // storage), written to list[i][0..n-1]; returns their number. A word that
-  // decode() corrects yields that single codeword.
+  // All codewords within tUse+1 errors of the word, written to
+  // list[i][0..n-1]: the one decode() reaches, if any, then those at exactly
+  // tUse+1 errors; at most min(maxList, 4t). Returns their number.
   int listDecode(const int* cw, int n, int tUse, const int* mask, int** list, int maxList);
   // Continues an inversionless Berlekamp-Massey state (Lambda, B, gamma, L
   // after nKnown steps) by one step per entry of deltas that is not -1, each
