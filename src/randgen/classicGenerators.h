@@ -64,7 +64,8 @@ void gcf(double* gammcf, double a, double x, double* gln);
 // the continued fraction above. Invalid arguments (x < 0 or a <= 0) print a
 // line and go on regardless; a series that does not converge gives NaN.
 double gammp(double a, double x);
-// Error function erf(x) = sign(x) P(1/2, x^2), good to about seven digits.
+// Error function erf(x) = sign(x) P(1/2, x^2), good to about seven digits;
+// +-1 at +-infinity, NaN for NaN.
 // Pass a double: a float argument would select the C library's erff.
 double erff(double x);
 // Inverse error function on [-1, 1]: a rational first guess refined by two
