@@ -1,4 +1,4 @@
-// Classic shuffled generators and the special functions built around them.
+// Classic shuffled generators, the deviates built on them, and the gamma and error functions.
 //
 // Multiplicative congruential steps s <- a*s mod m with m near 2^31 are done
 // by Schrage's decomposition m = a*q + r (r < q): a*(s mod q) - r*(s div q)

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(SpecialFunctions, GammlnMatchesLgamma) {
+TEST(GammaErf, GammlnMatchesLgamma) {
   for (double x = 0.05; x < 180; x *= 1.1) {
     const double expected = std::lgamma(x);
     ASSERT_NEAR(gammln(x), expected, 1e-10 * std::fmax(1.0, std::fabs(expected))) << x;
@@ -19,7 +19,7 @@ TEST(SpecialFunctions, GammlnMatchesLgamma) {
   EXPECT_NEAR(gammln(2.0), 0.0, 1e-10);
 }
 
-TEST(SpecialFunctions, GammpMatchesClosedForms) {
+TEST(GammaErf, GammpMatchesClosedForms) {
   struct Case {
     double a;
     std::function<double(double)> p;
@@ -35,7 +35,7 @@ TEST(SpecialFunctions, GammpMatchesClosedForms) {
     for (double x = 0.0; x <= 30.0; x += 0.05) ASSERT_NEAR(gammp(c.a, x), c.p(x), 1e-7) << c.a << ", " << x;
 }
 
-TEST(SpecialFunctions, ErffMatchesErf) {
+TEST(GammaErf, ErffMatchesErf) {
   EXPECT_EQ(erff(0.0), 0.0);
   for (double x = 0.01; x <= 6.0; x += 0.01) {
     ASSERT_NEAR(erff(x), std::erf(x), 1e-7) << x;
@@ -45,7 +45,7 @@ TEST(SpecialFunctions, ErffMatchesErf) {
   EXPECT_EQ(erff(-HUGE_VAL), -1.0);
 }
 
-TEST(SpecialFunctions, ErfinvInvertsErf) {
+TEST(GammaErf, ErfinvInvertsErf) {
   // Both branches of the first guess, their seam at 0.7, and deep into the tails.
   for (double y = -0.99999; y <= 0.99999; y += 0.00037) ASSERT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
   for (double y : {-0.7, 0.7, 1 - 1e-9, -1 + 1e-9}) EXPECT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
@@ -55,11 +55,11 @@ TEST(SpecialFunctions, ErfinvInvertsErf) {
   EXPECT_TRUE(std::isnan(erfinv(std::nan(""))));
 }
 
-TEST(SpecialFunctionsDeathTest, ErfinvOutsideItsDomainExitsSilently) {
+TEST(GammaErfDeathTest, ErfinvOutsideItsDomainExitsSilently) {
   for (double y : {1.0000001, -1.5, HUGE_VAL}) EXPECT_EXIT_PRINTS(erfinv(y), 255, "");
 }
 
-TEST(SpecialFunctions, OddArgumentsAndNonConvergence) {
+TEST(GammaErf, OddArgumentsAndNonConvergence) {
   struct Case {
     double a, x;
     const char* printed;
