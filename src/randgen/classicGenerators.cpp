@@ -166,11 +166,6 @@ double drawGaussian(GaussCache& cache, Uniform uniform) {
   return x2 * f;
 }
 
-Ran2State& ran2ModeState() {
-  static Ran2State st;
-  return st;
-}
-
 constexpr int kMaxIterations = 100;
 constexpr double kRelativeAccuracy = 3e-7;
 constexpr double kTiny = 1e-30;
@@ -208,7 +203,7 @@ double ran2(long* idum) {
 }
 
 double ran2(long* idum, int mode) {
-  Ran2State& st = ran2ModeState();
+  static Ran2State st;
   if (mode == 1) return saveRan2(st) ? 0.0 : -1.0;
   if (mode == 2) return loadRan2(st) ? 0.0 : -1.0;
   return drawRan2(st, idum);
@@ -221,15 +216,9 @@ double expdev(long* idum) {
   return -std::log(u);
 }
 
-namespace {
-GaussCache& plainGaussCache() {
-  static GaussCache cache;
-  return cache;
-}
-}  // namespace
-
 double gasdev(long* idum) {
-  return drawGaussian(plainGaussCache(), [idum] { return ran2(idum); });
+  static GaussCache cache;
+  return drawGaussian(cache, [idum] { return ran2(idum); });
 }
 
 double gasdev(long* idum, int mode) {
@@ -249,7 +238,8 @@ double gasdev(long* idum, int mode) {
     in.close();
     if (ran2(idum, 2) != 0.0) return -1.0;
     cache.iset = iset;
-    static_assert(sizeof(float) == 4 && sizeof(double) == 8, "IEEE single and double");
+    // Deliberately only the first four bytes, as the header explains.
+    static_assert(sizeof(float) == 4 && sizeof(double) == 8, "four-byte float, eight-byte double");
     std::memcpy(&cache.gset, &cached, sizeof cached);
     return 0.0;
   }
@@ -299,7 +289,7 @@ void gser(double* gamser, double a, double x, double* gln) {
 
 void gcf(double* gammcf, double a, double x, double* gln) {
   *gln = gammln(a);
-  // Q(a, x) e^x x^-a Gamma(a) = 1/(x+1-a-) 1(1-a)/(x+3-a-) 2(2-a)/(x+5-a-) ...,
+  // Q(a, x) Gamma(a) e^x x^-a = 1 / (x+1-a - 1(1-a) / (x+3-a - 2(2-a) / (x+5-a - ...))),
   // evaluated front to back by the modified Lentz method: h is the value so
   // far, c and d the ratios of successive numerators and denominators.
   double b = x + 1.0 - a;
