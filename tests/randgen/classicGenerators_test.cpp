@@ -141,6 +141,11 @@ TEST(Ran2State, FileRoundTrip) {
     EXPECT_EQ(ran2(&seed, 2), -1.0) << text;
     EXPECT_EQ(run(kRan2Moded, saved, 10), expected) << text;
   }
+  // A table entry equal to the second generator's next value (1 -> 40692)
+  // gives the difference 0, which wraps to the top of the range, never to 0.
+  qfbtest::writeFile("rand2_seed.txt", "1\n0\n32\n40692\n" + table.substr(5));
+  ASSERT_EQ(ran2(&seed, 2), 0.0);
+  EXPECT_EQ(ran2(&seed, 0), 2147483562 * 4.656613057391769e-10);
   std::remove("rand2_seed.txt");
   EXPECT_EQ(ran2(&seed, 2), -1.0);
   std::filesystem::create_directory("rand2_seed.txt");  // in the way of saving
