@@ -19,7 +19,8 @@
 #pragma once
 
 // Minimal-standard multiplicative generator (16807 mod 2^31 - 1) behind a
-// 32-entry Bays-Durham shuffle. Deviates in (0, 0.99999988].
+// 32-entry Bays-Durham shuffle. Deviates in (0, 0.99999988]. Its very
+// first call in a process restarts from 1 unless the word is negative.
 double ran1(long* idum);
 
 // L'Ecuyer's combination of two multiplicative generators (moduli
