@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/fuzz_check.h"
 #include "gf/gf2m.h"
 #include "support/primitive_polynomials.h"
 
@@ -35,17 +36,7 @@ namespace {
 int g_tableFd = -1;
 std::string g_tablePath;
 
-[[noreturn]] void fail(const char* what, long long index, long long got, long long want) {
-  std::fprintf(stderr, "gf2m_table_fuzz: %s at %lld: got %lld, expected %lld\n", what, index, got, want);
-  std::abort();
-}
-
-// The checks are excluded from coverage instrumentation: their comparisons
-// say nothing about the library's paths and would otherwise dominate the
-// run time of every input.
-#define QFB_NOT_INSTRUMENTED __attribute__((no_sanitize("coverage")))
-
-QFB_NOT_INSTRUMENTED std::vector<int> expectedPowers(const std::string& text, int q) {
+FUZZ_NOT_INSTRUMENTED std::vector<int> expectedPowers(const std::string& text, int q) {
   std::vector<int> powers(static_cast<size_t>(q), 0);
   std::istringstream in(text);
   for (int i = 0; i < q - 1; ++i) {
@@ -56,24 +47,25 @@ QFB_NOT_INSTRUMENTED std::vector<int> expectedPowers(const std::string& text, in
   return powers;
 }
 
-QFB_NOT_INSTRUMENTED void checkTables(const GF2m& field, const std::vector<int>& powers) {
+FUZZ_NOT_INSTRUMENTED void checkTables(const GF2m& field, const std::vector<int>& powers) {
   const int q = field.getN();
   for (int e = 0; e < q; ++e)
-    if (field.exp2Int(e) != powers[static_cast<size_t>(e)]) fail("exp2Int", e, field.exp2Int(e), powers[e]);
+    FUZZ_CHECK(field.exp2Int(e) == powers[static_cast<size_t>(e)], "exp2Int(%d) = %d, expected %d", e,
+               field.exp2Int(e), powers[static_cast<size_t>(e)]);
 
   std::vector<int> lastOccurrence(static_cast<size_t>(q), 0);
   for (int e = 0; e < q - 1; ++e) lastOccurrence[static_cast<size_t>(powers[e])] = e;
   lastOccurrence[0] = q - 1;
   for (int v = 0; v < q; ++v)
-    if (field.int2Exp(v) != lastOccurrence[static_cast<size_t>(v)])
-      fail("int2Exp", v, field.int2Exp(v), lastOccurrence[v]);
+    FUZZ_CHECK(field.int2Exp(v) == lastOccurrence[static_cast<size_t>(v)], "int2Exp(%d) = %d, expected %d",
+               v, field.int2Exp(v), lastOccurrence[static_cast<size_t>(v)]);
 }
 
-QFB_NOT_INSTRUMENTED void checkAddition(GF2m& field, int b) {
+FUZZ_NOT_INSTRUMENTED void checkAddition(GF2m& field, int b) {
   const int q = field.getN();
   for (int a = 0; a < q; ++a) {
     const int sum = field.add(a, b);
-    if (sum < 0 || sum >= q) fail("add out of the field", a, sum, b);
+    FUZZ_CHECK(sum >= 0 && sum < q, "add(%d, %d) = %d", a, b, sum);
   }
 }
 
@@ -103,7 +95,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::vector<int> p = qfbtest::primitivePolynomial(m);
   GF2m field(m, p.data(), m, g_tablePath.c_str());
   const int q = field.getN();
-  if (q != (1 << m)) fail("field size", 0, q, 1 << m);
+  FUZZ_CHECK(q == (1 << m), "m = %d, q = %d", m, q);
 
   checkTables(field, expectedPowers(text, q));
   checkAddition(field, size > 1 ? data[1] % q : 0);
