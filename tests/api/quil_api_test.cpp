@@ -1,0 +1,198 @@
+// The exported C interface as a host sees it: lifecycle, layout, the test
+// channel, and the calls that are made safe outside the calling order.
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include "api/codec_reference.h"
+#include "quilFlashBCH.h"
+#include "support/testutil.h"
+
+namespace {
+
+using V = std::vector<int>;
+
+// Each test starts from, and leaves, a library with no instance.
+class QuilApi : public ::testing::Test {
+ protected:
+  void SetUp() override { quilReleaseFlashBCH(); }
+  void TearDown() override { quilReleaseFlashBCH(); }
+};
+
+V randomBits(size_t n, std::mt19937& rng) {
+  V v(n);
+  for (int& b : v) b = static_cast<int>(rng() & 1);
+  return v;
+}
+
+TEST_F(QuilApi, NoInstanceMeansMinusOne) {
+  V in(64), out(256);
+  int len = 64;
+  EXPECT_EQ(quilEncodeBCH(in.data(), out.data()), -1);
+  EXPECT_EQ(quilDecodeBCH(out.data(), in.data()), -1);
+  EXPECT_EQ(quilGetParityLength(), -1);
+  EXPECT_EQ(quilInitializeFlashBCH(1, &len, 4), -1);
+  EXPECT_EQ(quilReleaseFlashBCH(), -1);
+  // Created but never configured: the codec calls refuse as well.
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  EXPECT_EQ(quilGetParityLength(), -1);
+  EXPECT_EQ(quilEncodeBCH(in.data(), out.data()), -1);
+  EXPECT_EQ(quilDecodeBCH(out.data(), in.data()), -1);
+  // Released: everything refuses again, a second release too.
+  EXPECT_EQ(quilReleaseFlashBCH(), 0);
+  EXPECT_EQ(quilReleaseFlashBCH(), -1);
+  EXPECT_EQ(quilGetParityLength(), -1);
+  EXPECT_EQ(quilEncodeBCH(in.data(), out.data()), -1);
+}
+
+TEST_F(QuilApi, VersionWritesExactlySixBytes) {
+  char buf[8];
+  std::fill(buf, buf + 8, '#');
+  quilFlashBCHVersion(buf);
+  EXPECT_EQ(std::string(buf, 6), std::string("1.0.1\0", 6));
+  EXPECT_EQ(buf[6], '#');
+}
+
+TEST_F(QuilApi, CreationLeavesNoFileAndNeedsNoWritableDirectory) {
+  qfbtest::ScratchDir dir;
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+  int len = 1024;
+  ASSERT_EQ(quilInitializeFlashBCH(1, &len, 8), 0);
+  std::mt19937 rng(1);
+  V data = randomBits(1024, rng), writable(1024 + 120), readOnly(1024 + 120);
+  quilEncodeBCH(data.data(), writable.data());
+
+  std::filesystem::permissions(dir.path(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  ASSERT_EQ(quilCreateFlashBCH(), 0);  // replaces the first instance
+  ASSERT_EQ(quilInitializeFlashBCH(1, &len, 8), 0);
+  quilEncodeBCH(data.data(), readOnly.data());
+  EXPECT_EQ(readOnly, writable);
+  EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+}
+
+TEST_F(QuilApi, ParityLengthsAndLayoutChecks) {
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  struct Case { V lengths; int t; int expected; };
+  const Case cases[] = {
+      {{1024}, 8, 120}, {{1024}, 5, 80}, {{1024}, 0, 0}, {{100, 200}, 2, 32},
+      {{32767 - 15 * 128}, 128, 1920}, {{32767}, 0, 0},
+  };
+  for (const Case& c : cases) {
+    V lengths = c.lengths;
+    ASSERT_EQ(quilInitializeFlashBCH(int(lengths.size()), lengths.data(), c.t), 0) << c.t;
+    EXPECT_EQ(quilGetParityLength(), c.expected) << c.t;
+  }
+  // Unusable layouts are refused and the last good configuration stays.
+  int ok = 1024;
+  ASSERT_EQ(quilInitializeFlashBCH(1, &ok, 5), 0);
+  struct Bad { V lengths; int count; int t; };
+  const Bad bad[] = {{{1024}, 0, 5},  {{1024}, -3, 5}, {{0}, 1, 5},   {{1024, -1}, 2, 5},
+                     {{1024}, 1, -1}, {{1024}, 1, 129}, {{32767 - 15 * 8 + 1}, 1, 8}};
+  for (const Bad& b : bad) {
+    V lengths = b.lengths;
+    EXPECT_EQ(quilInitializeFlashBCH(b.count, lengths.data(), b.t), -1) << b.count << " " << b.t;
+    EXPECT_EQ(quilGetParityLength(), 80);
+  }
+  EXPECT_EQ(quilInitializeFlashBCH(1, nullptr, 5), -1);
+  EXPECT_EQ(quilGetParityLength(), 80);
+}
+
+TEST_F(QuilApi, BlockRoundTripWithErrorsAndPadding) {
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  V lengths{100, 200, 64};
+  const int t = 5;
+  ASSERT_EQ(quilInitializeFlashBCH(3, lengths.data(), t), 0);
+  const int stored = quilGetParityLength();
+  ASSERT_EQ(stored, 80);
+  std::mt19937 rng(2024);
+  for (int trial = 0; trial < 20; ++trial) {
+    V data = randomBits(364, rng), block(364 + 3 * stored), out(364, -1);
+    ASSERT_EQ(quilEncodeBCH(data.data(), block.data()), 0);
+    size_t cw = 0, d = 0;
+    for (int len : lengths) {
+      EXPECT_TRUE(std::equal(data.begin() + d, data.begin() + d + len, block.begin() + cw));
+      const V codeword(block.begin() + cw, block.begin() + cw + len + 15 * t);
+      EXPECT_TRUE(qfbtest::isCodeword(codeword, t));
+      for (int p = len + 15 * t; p < len + stored; ++p) EXPECT_EQ(block[cw + p], 0);
+      cw += len + stored;
+      d += len;
+    }
+    ASSERT_EQ(quilDecodeBCH(block.data(), out.data()), 0);
+    EXPECT_EQ(out, data);
+    // Up to t flips per codeword anywhere (data, parity or padding) decode.
+    V noisy = block;
+    cw = 0;
+    for (int len : lengths) {
+      std::vector<int> pos(len + stored);
+      std::iota(pos.begin(), pos.end(), 0);
+      std::shuffle(pos.begin(), pos.end(), rng);
+      for (int e = 0; e < int(rng() % (t + 1)); ++e) noisy[cw + pos[e]] ^= 1;
+      for (int p = len + 15 * t; p < len + stored; ++p) noisy[cw + p] ^= int(rng() & 1);
+      cw += len + stored;
+    }
+    ASSERT_EQ(quilDecodeBCH(noisy.data(), out.data()), 0) << trial;
+    EXPECT_EQ(out, data);
+  }
+}
+
+TEST_F(QuilApi, RandomBitsFollowTheTwisterStream) {
+  V a(1000), b(1000), c(1000);
+  quilGenerateRandomBits(a.data(), 1000, 77);  // works before creation
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  quilGenerateRandomBits(c.data(), 1000, 5);
+  quilGenerateRandomBits(b.data(), 1000, 77);
+  EXPECT_EQ(a, b);
+  std::mt19937 reference(77);
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(a[i], reference() > 0x80000000u ? 1 : 0) << i;
+  const int ones = std::count(a.begin(), a.end(), 1);
+  EXPECT_GT(ones, 400);
+  EXPECT_LT(ones, 600);
+}
+
+TEST_F(QuilApi, GaussianChannel) {
+  ASSERT_EQ(quilCreateFlashBCH(), 0);
+  V bits{0, 1, 1, 0, 1};
+  std::vector<double> out(5);
+  quilAddGaussianNoise(bits.data(), out.data(), 5, 300.0, 3);
+  for (int i = 0; i < 5; ++i) EXPECT_NEAR(out[i], 1.0 - 2 * bits[i], 1e-12);
+
+  // The first samples follow the polar method on the seeded twister.
+  quilAddGaussianNoise(bits.data(), out.data(), 5, 6.0, 11);
+  std::mt19937 mt(11);
+  const double a = std::pow(10.0, -6.0 / 20.0);
+  for (int i = 0; i < 5; ++i) {
+    double x1, x2, s;
+    do {
+      x1 = 2 * (mt() * 2.3283064365386963e-10) - 1;
+      x2 = 2 * (mt() * 2.3283064365386963e-10) - 1;
+      s = x1 * x1 + x2 * x2;
+    } while (s >= 1 || s == 0);
+    EXPECT_NEAR(out[i], (1 - 2 * bits[i]) + 2 * a * x2 * std::sqrt(-2 * std::log(s) / s), 1e-12) << i;
+  }
+
+  const int n = 100000;
+  V zeros(n, 0);
+  std::vector<double> samples(n);
+  quilAddGaussianNoise(zeros.data(), samples.data(), n, 0.0, 99);
+  double mean = 0, var = 0;
+  for (double s : samples) mean += s;
+  mean /= n;
+  for (double s : samples) var += (s - mean) * (s - mean);
+  var /= n - 1;
+  // Standard error of the mean is 2/sqrt(n) ~ 0.0063; of the deviation ~0.0045.
+  EXPECT_NEAR(mean, 1.0, 0.03);
+  EXPECT_NEAR(std::sqrt(var), 2.0, 0.025);
+}
+
+TEST_F(QuilApi, SwapNeedsNoInstance) {
+  V in(32), out(32);
+  for (int i = 0; i < 32; ++i) in[i] = ((i / 8) >> (i % 2)) & 1;  // four distinct bytes
+  quilSwapData(in.data(), 32, out.data(), 32, 8, 1, 0);
+  for (int i = 0; i < 32; ++i) EXPECT_EQ(out[i], in[8 * (3 - i / 8) + i % 8]) << i;
+}
+
+}  // namespace
