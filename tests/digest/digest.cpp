@@ -13,15 +13,25 @@
 // that exercises it (encoded blocks, decoded outputs, generator streams)
 // and add one row to kSections below. Nothing else changes: CI prints and
 // compares every section on both builds.
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <vector>
 
+#include "Tools/FixedPoint.h"
+#include "Tools/code12_13_v2.h"
+#include "Tools/code30_31nrz_v2.h"
 #include "Tools/utilities.h"
+#include "bch/bch.h"
 #include "gf/exp2Int15.h"
 #include "gf/gf2m.h"
 #include "gf/gfutilities.h"
+#include "quilFlashBCH.h"
+#include "randgen/classicGenerators.h"
+#include "randgen/randgen.h"
+#include "rsecc/rsecc.h"
 #include "support/primitive_polynomials.h"
 
 namespace {
@@ -40,6 +50,13 @@ class Digest {
     for (int i = 0; i < n; ++i) add(values[i]);
   }
   void add(const std::vector<int>& values) { add(values.data(), static_cast<int>(values.size())); }
+  // A double by its IEEE-754 bit pattern, low word first.
+  void addDouble(double v) {
+    uint64_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    add(static_cast<int32_t>(static_cast<uint32_t>(bits)));
+    add(static_cast<int32_t>(static_cast<uint32_t>(bits >> 32)));
+  }
 
   uint64_t hash() const { return hash_; }
   uint64_t count() const { return count_; }
@@ -198,6 +215,187 @@ void bitUtilities(Digest& d) {
   }
 }
 
+// Flash blocks through the exported interface: layouts from one short
+// codeword to t = 128, data from quilGenerateRandomBits, the encoded blocks,
+// and the decoder's results and data for blocks corrupted within and beyond
+// each codeword's t.
+struct FlashLayout {
+  std::vector<int> lengths;
+  int t;
+};
+
+const FlashLayout kFlashLayouts[] = {
+    {{512}, 8}, {{100, 2000, 4096}, 5}, {{1024, 1024}, 40}, {{8192}, 128}, {{7, 33}, 1}, {{4000}, 0},
+};
+
+void flashBlocks(Digest& d, bool decoded) {
+  InputStream in(0x510E527Fu);
+  quilCreateFlashBCH();
+  int seed = 1;
+  for (const FlashLayout& layout : kFlashLayouts) {
+    std::vector<int> lengths = layout.lengths;
+    const int n = static_cast<int>(lengths.size());
+    d.add(quilInitializeFlashBCH(n, lengths.data(), layout.t));
+    const int parity = quilGetParityLength();
+    int total = 0;
+    for (int len : lengths) total += len;
+    std::vector<int> data(static_cast<size_t>(total)), block(static_cast<size_t>(total + n * parity));
+    quilGenerateRandomBits(data.data(), total, seed++);
+    d.add(quilEncodeBCH(data.data(), block.data()));
+    if (!decoded) {
+      d.add(parity);
+      d.add(data);
+      d.add(block);
+      continue;
+    }
+    // Codeword i gets i + t - 1 flips: the first ones stay within t, the
+    // last go beyond it.
+    for (int i = 0, start = 0; i < n; start += lengths[static_cast<size_t>(i)] + parity, ++i) {
+      const int span = lengths[static_cast<size_t>(i)] + parity;
+      for (int f = 0; f < i + layout.t - 1; ++f) block[static_cast<size_t>(start + in.below(span))] ^= 1;
+    }
+    std::vector<int> out(static_cast<size_t>(total));
+    d.add(quilDecodeBCH(block.data(), out.data()));
+    d.add(out);
+  }
+  quilReleaseFlashBCH();
+}
+
+void flashEncodedBlocks(Digest& d) { flashBlocks(d, false); }
+void flashDecodedBlocks(Digest& d) { flashBlocks(d, true); }
+
+// The Gaussian test channel: doubles through exp/log/sqrt of the platform's
+// maths library, compared bit for bit.
+void gaussianChannel(Digest& d) {
+  std::vector<int> bits(4096);
+  std::vector<double> noisy(bits.size());
+  quilGenerateRandomBits(bits.data(), static_cast<int>(bits.size()), 77);
+  for (double snr : {-3.0, 4.5, 12.0}) {
+    quilAddGaussianNoise(bits.data(), noisy.data(), static_cast<int>(bits.size()), snr, 99);
+    for (double v : noisy) d.addDouble(v);
+  }
+}
+
+// Generator streams: every uniform generator, and the classic generators
+// whose state is a C long (32 bits on the target, 64 on the host).
+void generatorStreams(Digest& d) {
+  MT_Rand_Gen mt(12345u);
+  RanrotB ranrot(2024u);
+  Primitive_RNG lfsr;
+  Random_Number_Generator* gens[] = {&mt, &ranrot, &lfsr};
+  for (Random_Number_Generator* g : gens) {
+    for (int i = 0; i < 4096; ++i) d.add(static_cast<int32_t>(g->uniform_int()));
+    for (int i = 0; i < 256; ++i) d.addDouble(g->uniform());
+  }
+  long idum = -7;
+  for (int i = 0; i < 2048; ++i) d.addDouble(ran1(&idum));
+  idum = -11;
+  for (int i = 0; i < 2048; ++i) d.addDouble(ran2(&idum));
+  idum = -13;
+  for (int i = 0; i < 512; ++i) d.addDouble(expdev(&idum));
+  idum = -17;
+  for (int i = 0; i < 512; ++i) d.addDouble(gasdev(&idum));
+}
+
+// The BCH codec directly: systematic encoding, and the three decoders
+// (Berlekamp-Massey, the closed form for t <= 3, Reed-Solomon mode) on
+// words with a growing number of errors.
+void bchCodec(Digest& d) {
+  const std::vector<int> p = qfbtest::primitivePolynomial(15);
+  GF2m f(15, p.data(), 15, exp2Int15.data(), kExp2Int15Size);
+  InputStream in(0x1F83D9ABu);
+  for (int t : {1, 2, 3, 6, 17}) {
+    const int k = 200 + in.below(600);
+    BCH code(&f, 0, t, 1, k);
+    const int n = k + 15 * t;
+    std::vector<int> msg = in.bits(k), cw(static_cast<size_t>(n) + 15, 0);
+    code.encode(msg.data(), cw.data());
+    d.add(cw.data(), n);
+    for (int errors = 0; errors <= t + 2; ++errors) {
+      std::vector<int> rx(cw.begin(), cw.begin() + n), out(static_cast<size_t>(n) + 15, 0);
+      for (int e = 0; e < errors; ++e) rx[static_cast<size_t>(in.below(n))] ^= 1;
+      d.add(code.decode(rx.data(), out.data(), false, -1));
+      d.add(out.data(), n);
+      if (t <= 3) {
+        std::vector<int> small(static_cast<size_t>(n) + 15, 0);
+        d.add(code.decodeForSmallT(rx.data(), small.data(), -1));
+        d.add(small.data(), n);
+      }
+      std::vector<int> rs(static_cast<size_t>(n) + 15, 0);
+      d.add(code.decodeRS(rx.data(), rs.data(), -1));
+      d.add(rs.data(), n);
+    }
+  }
+}
+
+// Reed-Solomon over GF(2^8): encoding, then errors-only and
+// errors-and-erasures decoding at and beyond the bound.
+void reedSolomonCodec(Digest& d) {
+  const std::vector<int> p = qfbtest::primitivePolynomial(8);
+  GF2m f(8, p.data(), 8, static_cast<const char*>(nullptr));
+  InputStream in(0x5BE0CD19u);
+  for (int b0 : {0, 1}) {
+    for (int t : {1, 4, 8}) {
+      RSECC code(&f, t, -1, false, b0);
+      const int n = 255 - in.below(100), k = n - 2 * t;
+      std::vector<int> msg(static_cast<size_t>(k)), cw(static_cast<size_t>(n));
+      for (int& s : msg) s = in.below(256);
+      code.encode(msg.data(), k, cw.data(), n);
+      d.add(cw);
+      for (int errors = 0; errors <= t + 1; ++errors) {
+        std::vector<int> rx = cw;
+        for (int e = 0; e < errors; ++e) rx[static_cast<size_t>(in.below(n))] = in.below(256);
+        std::vector<int> plain = rx;
+        d.add(code.decode(plain.data(), n, -1, nullptr));
+        d.add(plain);
+        std::vector<int> erasures = {in.below(n), in.below(n)};
+        std::vector<int> withErasures = rx;
+        d.add(code.decodeErrorAndErasure(withErasures.data(), n, erasures.data(), 2, -1, nullptr));
+        d.add(withErasures);
+      }
+    }
+  }
+}
+
+// The line codes: every 12-bit word through the 12/13 code, and random
+// streams through the 30/31 code.
+void lineCodes(Digest& d) {
+  Code12_13_v2 inner;
+  for (int w = 0; w < 4096; ++w) {
+    int word[12], cw[13];
+    for (int j = 0; j < 12; ++j) word[j] = (w >> (11 - j)) & 1;
+    d.add(inner.encode(word, cw));
+    d.add(cw, 13);
+  }
+  Code30_31nrz_v2 code;
+  InputStream in(0xCBBB9D5Du);
+  std::vector<int> words = in.bits(30 * 64), cws(31 * 64), back(30 * 64);
+  code.block_encode(words.data(), cws.data(), 64, false);
+  d.add(cws);
+  for (int i = 0; i < 200; ++i) cws[static_cast<size_t>(in.below(31 * 64))] ^= 1;
+  code.block_decode(cws.data(), back.data(), 64, false);
+  d.add(back);
+}
+
+// Fixed-point registers in every mode letter combination: the quantised
+// value, the overflow flag and the register word.
+void fixedPointRegisters(Digest& d) {
+  InputStream in(0x629A292Au);
+  const char* modes[] = {"slr", "slz", "slt", "sor", "soz", "sot", "ulr", "uor", "ult",
+                         "slrm", "sorm", "sltm", "slrc", "sorc", "sltc"};
+  for (const char* mode : modes) {
+    for (int wlen : {1, 8, 12, 31, 32}) {
+      FixedPoint x(wlen, static_cast<int>(in.below(21)) - 10, mode);
+      for (int i = 0; i < 64; ++i) {
+        x = (static_cast<double>(static_cast<int32_t>(in.next())) / 65536.0) * std::ldexp(1.0, in.below(20) - 10);
+        d.addDouble(x.get_val());
+        d.add(x.get_overflow() ? 1 : 0);
+        d.add(static_cast<int32_t>(x.get_unsigned_word(-1)));
+      }
+    }
+  }
+}
+
 struct Section {
   const char* name;
   void (*produce)(Digest&);
@@ -209,6 +407,14 @@ const Section kSections[] = {
     {"gf15.element_ops", fieldElementOps},
     {"gf.polynomial_ops", fieldPolynomialOps},
     {"tools.bit_utilities", bitUtilities},
+    {"api.encoded_blocks", flashEncodedBlocks},
+    {"api.decoded_blocks", flashDecodedBlocks},
+    {"api.gaussian_channel", gaussianChannel},
+    {"randgen.streams", generatorStreams},
+    {"bch.codec", bchCodec},
+    {"rsecc.codec", reedSolomonCodec},
+    {"tools.line_codes", lineCodes},
+    {"tools.fixed_point", fixedPointRegisters},
 };
 
 }  // namespace
