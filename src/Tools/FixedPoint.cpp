@@ -290,7 +290,9 @@ double FixedPoint::get_word() const {
 // pattern comes back sign-extended from bit 31, as the word is held in a
 // signed 32-bit integer; shifting it right is then an arithmetic shift.
 uint64_t FixedPoint::register_pattern() const {
-  const int64_t w = static_cast<int64_t>(get_word());
+  // The integer word itself, not get_word()'s double: a saturated 64-bit
+  // word (INT64_MAX) rounds to 2^63 as a double, which no longer converts.
+  const int64_t w = wlen_ != 0 ? word_of_value() : saturatingInt32(value_);
   uint64_t bits;
   if (sm_family_ && std::signbit(value_)) {
     const uint64_t magnitude = uint64_t(0) - static_cast<uint64_t>(w);
@@ -388,7 +390,7 @@ const char* FixedPoint::print_precision() const {
 
 const char* FixedPoint::get_pretty() const {
   if (wlen_ != 0)
-    std::snprintf(text(), kTextSize, "%lld*2^%d", static_cast<long long>(get_word()), scale_);
+    std::snprintf(text(), kTextSize, "%lld*2^%d", static_cast<long long>(word_of_value()), scale_);
   else
     std::snprintf(text(), kTextSize, "%g", value_);
   return text_.get();
@@ -415,7 +417,7 @@ const char* FixedPoint::hex_(bool as_hex) const {
     return text_.get();
   }
   const int digits = static_cast<int>(std::ceil(wlen_ / 4.0));
-  const int64_t word = static_cast<int64_t>(get_word());
+  const int64_t word = word_of_value();
   if (wlen_ <= 32) {
     std::snprintf(text(), kTextSize, "%8x", static_cast<unsigned>(static_cast<uint32_t>(word)));
     return text_.get() + 8 - digits;
