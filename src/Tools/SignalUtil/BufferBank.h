@@ -112,7 +112,7 @@ class BufferBank {
 // Converts a vector of U to T and stages it as signal i's current value.
 template <class T, class U>
 bool set_sig(BufferBank<T>* bank, int i, const U* v, int dim) {
-  std::vector<T> converted(static_cast<size_t>(dim > 0 ? dim : 0));
-  for (int k = 0; k < dim; ++k) converted[static_cast<size_t>(k)] = static_cast<T>(v[k]);
-  return bank->set_sig(i, converted.data(), dim);
+  std::unique_ptr<T[]> converted(new T[dim > 0 ? dim : 1]());
+  for (int k = 0; k < dim; ++k) converted[k] = static_cast<T>(v[k]);
+  return bank->set_sig(i, converted.get(), dim);
 }
