@@ -216,6 +216,11 @@ void SignalBank<T>::reset_push_cnt() {
 }
 
 template <class T>
+void SignalBank<T>::reset_push_cnt(int i) {
+  if (has_sig(i)) push_cnt_[i] = 0;
+}
+
+template <class T>
 T SignalBank<T>::get_sig_t(int i, int t, int k) const {
   if (!has_sig(i) || k < 0 || k >= dim_of(i) || t < 0 || t >= get_buf_len(i)) return T(0);
   return buf_[buf_start_[i] + k][t];

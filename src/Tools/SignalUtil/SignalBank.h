@@ -77,8 +77,10 @@ class SignalBank {
   void reset_buf();
   void reset_buf(int len);
   void reset_buf(const int* lens, int n);
-  // Rewinds every count; recorded samples stay until overwritten.
+  // Rewinds every count (or signal i's); recorded samples stay until
+  // overwritten.
   void reset_push_cnt();
+  void reset_push_cnt(int i);
 
   T get_sig_t(int i, int t, int k) const;
   // The newest recorded sample of component 0 of signal i, 0 when nothing
