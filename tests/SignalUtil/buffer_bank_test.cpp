@@ -242,6 +242,8 @@ TEST(BufferBankPrint, OneFilePerSignal) {
   flags.push();
   flags.print_to_file(false, false, -1);
   EXPECT_EQ(readFile("f_b.txt"), "1 0 \n0 0 \n");
+  BufferBank<int>().print_to_file(false, false, -1);
+  EXPECT_EQ(readFile("BufferOut_sig0.txt"), "0 \n");
 }
 
 TEST(BufferBankPrint, AllSignalsInOneFileWithHeader) {

@@ -19,7 +19,8 @@
 //   get_sig_t_1C    ones' complement, n + 2^w - 1.
 // Powers 2^s with s >= 32 are 0 in these formulas (32-bit registers). A
 // signal with word length 0 has no register: every word read returns the
-// 32-bit pattern of its value truncated toward zero.
+// 32-bit pattern of its value truncated toward zero (0 when a negative zero
+// is asked for).
 //
 // Instantiated for bool, int, double and unsigned char.
 #pragma once

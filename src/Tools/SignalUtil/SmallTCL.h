@@ -23,8 +23,8 @@ namespace signal_util {
 template <class T>
 class Buffer {
  public:
-  // size slots (at least one is made), head at slot 0; the slot values are
-  // unspecified until the first reset().
+  // size zeroed slots (at least one, so that head always has a slot), head
+  // at slot 0.
   explicit Buffer(int size);
   Buffer(const Buffer& o);
   // Takes over the other's size, head and every slot.

@@ -27,11 +27,13 @@
 // pli_get_sig_to_file; values are written in lower-case hexadecimal.
 //
 // Caller ids outside 0..99 end the process (-1) with an error line on
-// standard error wherever a caller's position is used.
+// standard error wherever a caller's position is used; more() answers false
+// instead. Unknown signal indices are ignored (reads give 0).
 //
 // Instantiated for bool, int and double.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -107,9 +109,11 @@ class PliSignalBank {
   int get_pop_bank_idx(int caller, int sig) const;
   int get_pop_idx(int caller, int sig) const;
   int get_unifed_bank_index() const { return unified_bank_index_; }
-  int get_push_bank_idx(int sig) const { return push_bank_idx_[sig]; }
-  int get_fill(int sig, int slot) const { return fill_[at(sig, slot)]; }
-  int get_bank_no(int sig, int slot) const { return bank_no_[at(sig, slot)]; }
+  // -1 for an unknown signal.
+  int get_push_bank_idx(int sig) const { return has_sig(sig) ? push_bank_idx_[sig] : -1; }
+  // Samples held in, and bank number held by, slot b mod num_banks.
+  int get_fill(int sig, int b) const { return has_sig(sig) ? fill_[at(sig, slot_of(b))] : 0; }
+  int get_bank_no(int sig, int b) const { return has_sig(sig) ? bank_no_[at(sig, slot_of(b))] : -1; }
   int get_num_banks() const { return num_banks_; }
   int get_sig_id(const char* name) const { return banks_[0].get_sig_id(name); }
   // The bank in slot b mod num_banks.
