@@ -15,8 +15,6 @@ TEST(GammaErf, GammlnMatchesLgamma) {
     const double expected = std::lgamma(x);
     ASSERT_NEAR(gammln(x), expected, 1e-10 * std::fmax(1.0, std::fabs(expected))) << x;
   }
-  EXPECT_NEAR(gammln(1.0), 0.0, 1e-10);
-  EXPECT_NEAR(gammln(2.0), 0.0, 1e-10);
 }
 
 TEST(GammaErf, GammpMatchesClosedForms) {
@@ -49,9 +47,8 @@ TEST(GammaErf, ErfinvInvertsErf) {
   // Both branches of the first guess, their seam at 0.7, and deep into the tails.
   for (double y = -0.99999; y <= 0.99999; y += 0.00037) ASSERT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
   for (double y : {-0.7, 0.7, 1 - 1e-9, -1 + 1e-9}) EXPECT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
-  EXPECT_EQ(erfinv(1.0), std::numeric_limits<float>::max());
+  EXPECT_EQ(erfinv(1.0), 3.4028234663852886e+38);  // FLT_MAX
   EXPECT_EQ(erfinv(-1.0), -std::numeric_limits<float>::max());
-  EXPECT_EQ(erfinv(1.0), 3.4028234663852886e+38);
   EXPECT_TRUE(std::isnan(erfinv(std::nan(""))));
 }
 
@@ -60,10 +57,7 @@ TEST(GammaErfDeathTest, ErfinvOutsideItsDomainExitsSilently) {
 }
 
 TEST(GammaErf, OddArgumentsAndNonConvergence) {
-  struct Case {
-    double a, x;
-    const char* printed;
-  };
+  struct Case { double a, x; const char* printed; };
   const std::string stars = "****************************** hi ***********************\n";
   const std::string invalid = "Invalid arguments in routine gammp\n";
   const Case cases[] = {
