@@ -203,6 +203,26 @@ TEST(Deviates, GaussianPairsExponentialAndSkewNormal) {
   for (int i = 0; i < 1000; ++i) ASSERT_NEAR(std::exp(-e[i]), u[i], 1e-15);
 }
 
+// The skew-normal law itself, independently of the formula above: mean
+// delta*sqrt(2/pi), variance 1 - 2 delta^2/pi, and one-sided at delta = +-1.
+TEST(Deviates, SkewNormalMomentsAndSupport) {
+  constexpr int n = 100000;
+  const double pi = std::acos(-1.0);
+  for (const float delta : {0.6f, 1.0f, -1.0f}) {
+    long seed = -99;
+    double sum = 0, sum2 = 0;
+    for (int i = 0; i < n; ++i) {
+      const double x = skewedNormal(delta, &seed);
+      ASSERT_TRUE(std::fabs(delta) < 1 || x * delta >= 0) << delta << ": " << x;
+      sum += x, sum2 += x * x;
+    }
+    const double mean = sum / n, variance = sum2 / n - mean * mean, want = 1 - 2 * delta * delta / pi;
+    // Five standard errors; the variance bound allows a kurtosis up to 9.
+    EXPECT_NEAR(mean, delta * std::sqrt(2 / pi), 5 * std::sqrt(want / n)) << delta;
+    EXPECT_NEAR(variance, want, 5 * want * std::sqrt(8.0 / n)) << delta;
+  }
+}
+
 TEST(GasdevState, FilesRoundTrip) {
   qfbtest::ScratchDir dir;
   long seed;
