@@ -54,8 +54,8 @@ double tableLogsum(const std::vector<double>& v) {
 }
 
 TEST(LlrArithmetic, LogsumFollowsTheTable) {
-  const std::vector<std::vector<double>> cases = {{0, 0},       {0, -kInf},     {-kInf, 0}, {1, 2, 3}, {-2, 5, 0.1, 0.2},
-                                                   {0, 0.3571}, {0, 0.3572}, {0, 5.8},   {0, 100},  {3, 3, 3, 3}};
+  const std::vector<std::vector<double>> cases = {{0, 0},   {0, -kInf},       {-kInf, 0}, {1, 2, 3},  {-2, 5, 0.1, 0.2},
+                                                   {0, 0.3571}, {0, 0.3572}, {0, 5.8}, {0, 100}, {3, 3, 3, 3}};
   for (const auto& v : cases) {
     EXPECT_NEAR(logsum(v.data(), int(v.size())), tableLogsum(v), 1e-12) << v[0] << ", " << v[1];
     double exact = 0;
@@ -75,7 +75,8 @@ double tanhRule(double a, double b) {
 
 TEST(LlrArithmetic, XorLlrBranches) {
   struct Case { double a, b, want; };
-  const Case exact[] = {{60, 70, -60}, {60, -70, 60}, {-51, -3, -3}, {-2, 55, 2}, {0, 5, 0}, {40, 45, -37}, {-40, 45, 37}};
+  const Case exact[] = {{60, 70, -60}, {60, -70, 60}, {-51, -3, -3}, {-2, 55, 2},
+                        {0, 5, 0},     {40, 45, -37}, {-40, 45, 37}};
   for (const Case& c : exact) EXPECT_EQ(XorLLR(c.a, c.b), c.want) << c.a << ", " << c.b;
   const double moderate[][2] = {{1, 2}, {-3, 0.5}, {7, -7}, {12, 20}, {-0.1, -30}};
   for (const auto& p : moderate) EXPECT_NEAR(XorLLR(p[0], p[1]), tanhRule(p[0], p[1]), 1e-9);
