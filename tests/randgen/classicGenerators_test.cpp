@@ -123,8 +123,13 @@ TEST(Ran2State, FileRoundTrip) {
   const std::string good = qfbtest::readFile("rand2_seed.txt");
   std::string table;
   for (int k = 0; k < 32; ++k) table += "1000\n";
-  const std::string bad[] = {"", "5\n6\n", "5\n6\n32\n" + table.substr(5), "5\n6\n32\nabc\n" + table, "5\n-6\n32\n" + table,
-                             "5\n6\n32\n2147483563\n" + table, "5\n6\n32\n99999999999\n" + table};
+  const std::string bad[] = {"",
+                             "5\n6\n",
+                             "5\n6\n32\n" + table.substr(5),
+                             "5\n6\n32\nabc\n" + table,
+                             "5\n-6\n32\n" + table,
+                             "5\n6\n32\n2147483563\n" + table,
+                             "5\n6\n32\n99999999999\n" + table};
   for (const std::string& text : bad) {
     qfbtest::writeFile("rand2_seed.txt", good);
     ASSERT_EQ(ran2(&seed, 2), 0.0);

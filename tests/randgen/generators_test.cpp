@@ -161,7 +161,13 @@ struct Kind {
 const Kind kKinds[] = {
     {"MT_Rand_Gen", [](unsigned int s) { return std::make_unique<MT_Rand_Gen>(s); }, 625},
     {"RanrotB", [](unsigned int s) { return std::make_unique<RanrotB>(s); }, 19},
-    {"Primitive_RNG", [](unsigned int s) { auto g = std::make_unique<Primitive_RNG>(); g->set_state(&s); return g; }, 1},
+    {"Primitive_RNG",
+     [](unsigned int s) {
+       auto g = std::make_unique<Primitive_RNG>();
+       g->set_state(&s);
+       return g;
+     },
+     1},
 };
 
 TEST(GeneratorState, WordsAndTextResumeTheSequence) {
