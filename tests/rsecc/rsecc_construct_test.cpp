@@ -31,7 +31,9 @@ TEST(RseccConstruct, GeneratorsOfTheWorkedExamples) {
 TEST(RseccConstruct, ParityCountWarnings) {
   GF2m f = field(8);
   struct Case { int nParity; std::string text; bool trueTest; };
-  const Case cases[] = {{-1, "", false}, {8, "", false}, {6, "RSECC::RSECC: _nPritySymbols is less than the 2*t\n", false},
+  const Case cases[] = {{-1, "", false},
+                        {8, "", false},
+                        {6, "RSECC::RSECC: _nPritySymbols is less than the 2*t\n", false},
                         {9, "ADV ECC::USING TRUE VALIDITY TEST\n", true}};
   for (const Case& c : cases) {
     testing::internal::CaptureStdout();
