@@ -1,0 +1,60 @@
+// Shared fixtures of the BCH tests: the two fields, access to the code's
+// configuration, and a syndrome evaluation independent of the codec (XOR of
+// polynomial-basis powers taken straight from the field table).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "bch/bch.h"
+#include "gf/exp2Int15.h"
+#include "gf/gf2m.h"
+#include "support/testutil.h"
+
+namespace bchtest {
+
+inline GF2m& gf16() {
+  static const int p[] = {1, 0, 0, 1, 1};  // x^4 + x + 1
+  static GF2m f(4, p, 4, static_cast<const char*>(nullptr));
+  return f;
+}
+
+inline GF2m& gf32768() {
+  static std::vector<int> p = [] {
+    std::vector<int> v(16, 0);
+    v[0] = v[14] = v[15] = 1;  // x^15 + x + 1
+    return v;
+  }();
+  static GF2m f(15, p.data(), 15, exp2Int15.data(), kExp2Int15Size);
+  return f;
+}
+
+struct Probe : BCH {
+  using BCH::BCH;
+  using BCH::genPoly;
+  using BCH::k;
+  using BCH::n;
+  using BCH::parity;
+  std::vector<int> generator() const { return std::vector<int>(genPoly, genPoly + n - k + 1); }
+};
+
+// w(alpha^e) in exponent form for a bit word w in degree order.
+inline int evaluateBits(GF& f, const std::vector<int>& byDegree, int e) {
+  const int64_t order = f.getN() - 1;
+  int acc = 0;
+  for (size_t p = 0; p < byDegree.size(); ++p)
+    if (byDegree[p]) acc ^= f.exp2Int(static_cast<int>(static_cast<int64_t>(e) * static_cast<int64_t>(p) % order));
+  return f.int2Exp(acc);
+}
+
+inline std::vector<int> reversed(std::vector<int> v) { return std::vector<int>(v.rbegin(), v.rend()); }
+
+// True when the interface-order word vanishes at alpha^first .. alpha^(first+count-1).
+inline bool hasRoots(GF& f, const std::vector<int>& word, int first, int count) {
+  const std::vector<int> byDegree = reversed(word);
+  for (int e = first; e < first + count; ++e)
+    if (evaluateBits(f, byDegree, e) != f.getZero()) return false;
+  return true;
+}
+
+}  // namespace bchtest
