@@ -14,6 +14,7 @@
 #include "gf/gf.h"
 #include "gf/gfutilities.h"
 #include "randgen/classicGenerators.h"
+#include "rsecc/rsecc.h"
 
 namespace {
 
@@ -87,6 +88,9 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
       fatal("BCH constructor error!");
   }
 
+  // nParity -1 gives 2t parity symbols with roots alpha^0 .. alpha^(2t-1).
+  rsecc = new RSECC(gf, t, -1, false, 0);
+
   // A fresh code reports zero syndromes and a zero locator. The syndrome
   // store has room for S1..S5 even when n-k < 5, so that the closed-form
   // solver never reads outside it.
@@ -99,6 +103,7 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
 
 BCH::~BCH() {
   delete[] genPoly;
+  delete rsecc;
   delete[] syndromes;
   delete[] lambda;
 }
@@ -249,6 +254,17 @@ int BCH::chienSearch(int* locator, int* word) {
 
   for (int p : errorDegrees) word[p] = (word[p] + 1) % 2;
   return 1;
+}
+
+int BCH::decodeRS(int* in, int* out, int tLimit) {
+  // Bits become the symbols one and zero, in interface order, which is
+  // also the Reed-Solomon decoder's leading-first order.
+  const int zero = gf->getZero();
+  const int one = gf->getOne();
+  for (int i = 0; i < n; ++i) out[i] = in[i] == 1 ? one : zero;
+  const int result = rsecc->decode(out, n, tLimit, nullptr);
+  for (int i = 0; i < n; ++i) out[i] = out[i] == one ? 1 : 0;
+  return result;
 }
 
 int BCH::decodeForSmallT(int* in, int* out, int tLimit) {
