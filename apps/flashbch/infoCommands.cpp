@@ -50,7 +50,7 @@ int runUber(const UberOptions& o) {
   checkWritable("--csv", o.csv);
 
   std::vector<std::string> columns{"t", "parity_stored"};
-  for (double p : rates) columns.push_back(formatNumber(p));
+  for (double p : rates) columns.push_back(Cell::real(p).display());
   ResultTable ferTable(columns), uberTable(columns);
   ResultTable longTable({"t", "parity_stored", "rber", "fer", "uber"});
   std::vector<std::string> plotColumns{"rber"};

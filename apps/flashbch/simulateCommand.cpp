@@ -24,8 +24,8 @@ namespace flashbch {
 // Measured with the default layout (4 x 8192 data bits, t = 40) on two
 // cores: the sweep spans analytic failure rates from about 0.9 to 1e-3,
 // and the run stays under a minute.
-const char* const kDefaultSnrSweep = "13.5:0.25:14.75";
-const char* const kDefaultRberSweep = "2e-3:*1.25:6e-3";
+const char* const kDefaultSnrSweep = "13.9:0.2:14.9";
+const char* const kDefaultRberSweep = "2.8e-3:*1.2:7e-3";
 const std::int64_t kDefaultMaxBlocks = 300;
 
 namespace {

@@ -39,7 +39,10 @@ std::vector<std::string> split(const std::string& text, char separator) {
 
 std::string formatNumber(double value) {
   char buffer[32];
-  for (int digits = 1; digits <= 17; ++digits) {
+  // Whole-number digits are never traded for an exponent: 110, not 1.1e+02.
+  const double magnitude = std::fabs(value);
+  const int integerDigits = magnitude >= 1.0 && magnitude < 1e15 ? static_cast<int>(std::log10(magnitude)) + 1 : 1;
+  for (int digits = integerDigits; digits <= 17; ++digits) {
     std::snprintf(buffer, sizeof buffer, "%.*g", digits, value);
     if (std::strtod(buffer, nullptr) == value) break;
   }
