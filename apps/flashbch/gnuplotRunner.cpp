@@ -75,7 +75,8 @@ std::string runGnuplot(const PlotRequest& request) {
        << "set title " << quoted(request.title) << "\n"
        << "set xlabel " << quoted(request.xLabel) << "\n"
        << "set ylabel " << quoted(request.yLabel) << "\n"
-       << "set logscale y\nset format y '10^{%L}'\nset grid\nset key outside right\n"
+       << "set logscale y\nset format y '10^{%L}'\nset grid\n"
+       << "set key " << request.keyPosition << " box opaque\n"
        << (request.logX ? "set logscale x\nset format x '10^{%L}'\n" : "") << "plot " << series << "\n";
   }
   const std::string command = "gnuplot " + std::string("'") + script.string() + "' 2>&1";

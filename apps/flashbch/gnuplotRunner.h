@@ -17,6 +17,7 @@ struct PlotRequest {
   std::string xLabel;
   std::string yLabel;
   bool logX = false;
+  std::string keyPosition = "bottom left";  // where the curves leave room
   std::string csv;     // the data, with a header line
   std::string series;  // gnuplot `plot` arguments reading the file 'DATA'
 };

@@ -98,6 +98,7 @@ int runUber(const UberOptions& o) {
     plot.xLabel = "raw bit error rate";
     plot.yLabel = "UBER";
     plot.logX = true;
+    plot.keyPosition = "bottom right";
     plot.csv = csv.str();
     plot.series = "for [c=2:" + std::to_string(plotColumns.size()) + "] 'DATA' using 1:c with linespoints";
     const std::string failure = runGnuplot(plot);

@@ -179,3 +179,20 @@ TEST(CommandLine, UsageErrorsNameTheFlag) {
 }
 
 }  // namespace
+
+namespace {
+
+bool gnuplotInstalled() { return std::system("command -v gnuplot >/dev/null 2>&1") == 0; }
+
+TEST(Plot, DrawsPngAndSvgWithGnuplot) {
+  if (!gnuplotInstalled()) GTEST_SKIP() << "gnuplot is not installed";
+  qfbtest::ScratchDir dir;
+  const auto sim = runFlashbch("simulate --layout 2x256 --t 3 --snr 12:2:16 --max-frames 5 --plot s.svg");
+  ASSERT_EQ(sim.status, 0) << sim.err;
+  EXPECT_NE(qfbtest::readFile("s.svg").find("<svg"), std::string::npos);
+  const auto uber = runFlashbch("uber --t 4,8 --plot u.png");
+  ASSERT_EQ(uber.status, 0) << uber.err;
+  EXPECT_EQ(qfbtest::readFile("u.png").substr(0, 4), "\x89PNG");
+}
+
+}  // namespace
