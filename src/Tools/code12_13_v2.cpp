@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <initializer_list>
 #include <iostream>
+#include <iterator>
 
 namespace {
 

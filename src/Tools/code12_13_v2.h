@@ -32,10 +32,10 @@
 
 class Code12_13_v2 {
  public:
-  static const int Table1Size = 256;
-  static const int Table2Size = 128;
-  static const int Table3Size = 32;
-  static const int EscapePattern = 507;
+  static constexpr int Table1Size = 256;
+  static constexpr int Table2Size = 128;
+  static constexpr int Table3Size = 32;
+  static constexpr int EscapePattern = 507;
 
   // Which route placed a word; the value returned by encode() and decode().
   enum Route { Invalid = -1, Escape = 0, ViaTable1 = 1, ViaTable2 = 2, ViaTable3 = 3 };
@@ -52,7 +52,8 @@ class Code12_13_v2 {
   // flag := 1 when no route places the codeword (see above), else 0.
   void invalidCodewordFlag(int* in13, int& flag);
 
-  // Fills the three tables by their construction rules.
+  // Fills the three tables by their construction rules (evaluated once per
+  // process, then copied).
   void table_build();
   // Writes "table.txt": each table's name, then one line per slot with the
   // slot index, two blanks and the nine bits of its value. An unused slot

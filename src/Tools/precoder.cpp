@@ -94,7 +94,8 @@ void Precoder::InsertBfPostcode(const int* in, int in_len, int* out, int out_len
   const int npos = out_len > in_len ? out_len - in_len : 0;
   // Position lists built for this framing carry one known inversion at
   // entries 68 and 69; the walk below needs them ascending, so they are put
-  // in order for the pass and the caller's list is restored afterwards.
+  // in order for the pass and the caller's list is restored afterwards. A
+  // list too short to hold that pair is walked as given.
   const bool repair = npos > 69 && pos[68] > pos[69];
   if (repair) std::swap(pos[68], pos[69]);
   int next = 0;

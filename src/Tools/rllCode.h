@@ -5,8 +5,8 @@
 // A derived code supplies the word mappings (encode/decode) and owns the
 // precoder, if any; the base turns them into block coders over whole
 // streams. The hooks for DC control and parity are empty here; codes that
-// need them override them. The bool argument selects a code-specific
-// variant and is ignored by codes that have only one.
+// need them override them. The bool argument picks between variants of a
+// code's mapping and is ignored by codes that have only one.
 #pragma once
 
 class Precoder;

@@ -83,12 +83,13 @@ class RSECC {
   int fullValidityCheckErrorLocator(const int* lambda, int count, const int* S);
   int isValidSyndromes(const int* S, int tUse);
 
-  // Beyond the bound: corrects up to tUse+1 errors when exactly one codeword
-  // lies within that distance; 1 on success (cw rewritten), 0 otherwise.
+  // Beyond the bound: what decode() corrects, and otherwise tUse+1 errors
+  // when exactly one codeword lies at that distance; 1 on success (cw
+  // rewritten), 0 otherwise (cw untouched). b0 must be 0 or 1.
   int decodeBeyondBchBound(int* cw, int n, int tUse, const int* mask);
-  // All codewords within tUse+1 errors of the word (at most 4t, the list
-  // storage), written to list[i][0..n-1]; returns their number. A word that
-  // decode() corrects yields that single codeword.
+  // All codewords within tUse+1 errors of the word, written to
+  // list[i][0..n-1]: the one decode() reaches, if any, then those at exactly
+  // tUse+1 errors; at most min(maxList, 4t). Returns their number.
   int listDecode(const int* cw, int n, int tUse, const int* mask, int** list, int maxList);
   // Continues an inversionless Berlekamp-Massey state (Lambda, B, gamma, L
   // after nKnown steps) by one step per entry of deltas that is not -1, each
@@ -99,11 +100,11 @@ class RSECC {
   // Step r of the inversionless iteration, with the discrepancy given instead
   // of computed: S[r-1] is solved from it. 0 on an inconsistent state.
   int basicInductiveStep(int* S, int r, int* lambda, int* B, int len, int& gamma, int& L, int delta);
-  // For a fixed slope c, the first-step discrepancy that makes each position
-  // a root of the one-error-extended locator (see rsecc.cpp); -1 where none
-  // does. Returns the number of positions that are roots for every choice.
-  int mapping(const int* lambdaAt, const int* xBAt, const int* xAt, int nPos, int gamma, int c,
-              int* deltaAt);
+  // Candidates of the form P(x) + delta Q(x), given by their values at the
+  // code's positions: deltaAt[p] is the delta for which position p is a
+  // root, or -1 when there is none (or it would be zero and zeroAllowed is
+  // false). Returns the number of positions that are roots for every delta.
+  int mapping(const int* pAt, const int* qAt, int nPos, bool zeroAllowed, int* deltaAt);
 
   void bitStream2symbolStream(const int* bits, int nBits, int* symbols, int nSymbols, int m);
   void bitStream2symbolStreamReverseOrderInt(const int* values, int nValues, int* symbols,
@@ -115,35 +116,44 @@ class RSECC {
   void buildGenerator(int degree, int* g);
   int berlekampMassey(const int* S, int* lambda, int* B, int len, int& L, int tUse, int n,
                       const int* erasures, int nErasures, bool inversionless, int* gammaOut);
+  void locatorStep(int* lambda, int* B, int len, int r, int delta, int nErasures, bool inversionless,
+                   int& gamma, int& L);
   int decodeWithLocator(int* cw, int n, int tUse, const int* mask, const int* erasures,
                         int nErasures, bool withErasures);
   int locatorSum(const int* lambda, int count, const int* S, int j);
   bool isZeroPoly(const int* p, int count) const;
-  int collectBeyondBound(const int* cw, int n, int tUse, const int* S, std::vector<std::vector<int>>& found,
-                         int maxFound);
+  int collectBeyondBound(const int* r, int n, int tUse, const int* S,
+                         std::vector<std::vector<int>>& errors, int maxFound);
+  int verifyBeyondBoundCandidate(const int* r, int n, int tUse, const int* S, const int* lambda,
+                                 const int* B, int len, int gamma, int L, const int deltas[2],
+                                 std::vector<int>& error, std::vector<int>& locator);
 
   int reservedState = 0;
-  std::unique_ptr<GF> gf;
+  std::unique_ptr<GF> gf;  // private copy of the caller's field
   int t = 0;
   int nParity = 0;
-  std::vector<int> genPoly;
+  std::vector<int> genPoly;  // nParity+1 coefficients, genPoly[0] = one
   int b0 = 0;
+  // 4t rows of 3t+2: the locators of the candidates a list search accepted.
   std::vector<std::vector<int>> listWork;
   std::unique_ptr<Code30_31nrz_v2> rll;
   bool eccRll = false;
   bool maskInput = false;
-  bool trueValidityTest = false;
-  int listStepsPerError = 2;
+  bool trueValidityTest = false;  // nParity > 2t: extra syndromes can vet a locator
+  int listStepsPerError = 2;      // hypothesised syndromes per error beyond the bound
   int scheduleRows = 70;
   int scheduleCols = 24;
   std::vector<std::vector<int>> schedule;
+  // The stored schedule's kind and the tuning values of a deeper, multi-error
+  // list search; kept with their established values.
   int scheduleKind = 3;
   int listParamA = 16;
   int listParamB = 18;
   int listParamC = 34;
   int listParamD = 27;
   int listParamE = 27;
-  int useUpperSyndromes = 0;
+  int useUpperSyndromes = 0;  // locate from the last 2tUse syndromes instead of the first
   bool listDebug = false;
+  // The last computed syndromes (the first nParity of them).
   std::vector<int> syndromes;
 };

@@ -158,7 +158,9 @@ TEST(FlashBCH, RandomLayoutsWithinAndBeyondT) {
       const V received(noisy.begin() + at, noisy.begin() + at + len[i] + 15 * t);
       const V out(back.begin() + d, back.begin() + d + len[i]);
       const V sent(data.begin() + d, data.begin() + d + len[i]);
-      if (t > 0) EXPECT_EQ(V(rows[i], rows[i] + 2 * t), qfbtest::syndromesOf(received, 2 * t));
+      if (t > 0) {
+        EXPECT_EQ(V(rows[i], rows[i] + 2 * t), qfbtest::syndromesOf(received, 2 * t));
+      }
       if (errors[i] <= t) {
         EXPECT_EQ(results[i], 0) << trial << "/" << i;
         EXPECT_EQ(out, sent);

@@ -1,9 +1,12 @@
 // Construction, generator, encoders, codeword test, the generator log file
 // and the run-length-limited pass-through of RSECC, over GF(16) and GF(2^8).
+#include <algorithm>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "Tools/code30_31nrz_v2.h"
 #include "gf/gf2m.h"
 #include "rsecc/rsecc.h"
 #include "support/testutil.h"
@@ -41,20 +44,6 @@ TEST(RseccConstruct, GeneratorsOfTheWorkedExamples) {
   }
 }
 
-TEST(RseccConstruct, GeneratorRootsAreConsecutivePowers) {
-  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
-  for (int b0 : {0, 1, 5}) {
-    RSECC rs(&f, 4, -1, false, b0);
-    std::vector<int> g(9);
-    rs.getGenPoly(g.data(), 9);
-    EXPECT_EQ(g[0], 0);
-    for (int e = 0; e < 20; ++e) {
-      const bool root = e >= b0 && e < b0 + 8;
-      EXPECT_EQ(evalHorner(f, g, e) == f.getZero(), root) << "b0=" << b0 << " e=" << e;
-    }
-  }
-}
-
 TEST(RseccConstruct, ParityCountWarnings) {
   GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
   struct Case { int nParity; std::string text; bool trueTest; };
@@ -84,28 +73,105 @@ TEST(RseccConstruct, FieldCopyOutlivesTheCallersField) {
   EXPECT_EQ(std::vector<int>(cw, cw + 5), (std::vector<int>{0, 0, 0, 7, 9}));
 }
 
-TEST(RseccConstruct, ScheduleRowsHoldTheStoredPairs) {
+TEST(RseccConstruct, ScheduleHoldsTheStoredPairs) {
   GF2m f = makeField4();
   RSECC rs(&f, 2, -1, false, 0);
   const std::vector<int> s = rs.getSchedule();
   ASSERT_EQ(s.size(), 70u * 24u);
-  auto row = [&](int r) {
-    std::vector<int> v(s.begin() + r * 24, s.begin() + r * 24 + 24);
-    while (!v.empty() && v.back() == 0) v.pop_back();
-    return v;
-  };
-  EXPECT_EQ(row(0), (std::vector<int>{1, 1}));
-  EXPECT_EQ(row(5), (std::vector<int>{4, 2, 4, 1}));
-  EXPECT_EQ(row(34), (std::vector<int>{4, 2, 4, 1, 5, 1, 5, 2, 2, 1, 3, 1}));
-  EXPECT_EQ(row(66), (std::vector<int>{6, 1, 3, 1, 1, 1, 2, 1}));
-  EXPECT_EQ(row(69), (std::vector<int>{4, 2, 4, 1, 5, 1, 5, 2, 1, 1, 2, 1, 3, 1, 6, 1}));
-  for (int r = 0; r < 70; ++r) {
-    const std::vector<int> v = row(r);
-    ASSERT_EQ(v.size() % 2, 0u) << r;
-    for (size_t i = 0; i < v.size(); i += 2) {
-      EXPECT_TRUE(v[i] >= 1 && v[i] <= 6 && v[i + 1] >= 1 && v[i + 1] <= 2) << r;
+  const std::vector<int> row34 = {4, 2, 4, 1, 5, 1, 5, 2, 2, 1, 3, 1}, row66 = {6, 1, 3, 1, 1, 1, 2, 1};
+  EXPECT_EQ(std::vector<int>(s.begin() + 5 * 24, s.begin() + 5 * 24 + 5), (std::vector<int>{4, 2, 4, 1, 0}));
+  EXPECT_TRUE(std::equal(row34.begin(), row34.end(), s.begin() + 34 * 24));
+  EXPECT_TRUE(std::equal(row66.begin(), row66.end(), s.begin() + 66 * 24));
+  EXPECT_EQ(s[69 * 24 + 15], 1);
+  EXPECT_EQ(s[69 * 24 + 16], 0);
+}
+
+TEST(RseccConstruct, EncodersAndCodewordTest) {
+  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
+  std::mt19937 rng(1);
+  for (int b0 : {0, 1}) {
+    RSECC rs(&f, 3, 7, false, b0);
+    const int k = 20, n = 27;
+    std::vector<int> msg(k), cw(n), dummy(n), zeros(k, 255);
+    for (int& s : msg) s = int(rng() % 256);
+    rs.encode(msg.data(), k, cw.data(), n);
+    rs.dummyEncoder(msg.data(), k, dummy.data(), n);
+    EXPECT_EQ(std::vector<int>(cw.begin(), cw.begin() + k), msg);
+    EXPECT_EQ(rs.isValidCodeword(cw.data(), n), 1);
+    for (int j = 0; j < 7; ++j) EXPECT_EQ(evalHorner(f, cw, b0 + j), 255) << j;
+    // The dummy word shares the message and the first parity symbol, and
+    // has alpha^1 .. alpha^(nParity-1) as roots whatever b0 is.
+    EXPECT_EQ(std::vector<int>(dummy.begin(), dummy.begin() + k + 1),
+              std::vector<int>(cw.begin(), cw.begin() + k + 1));
+    for (int e = 1; e < 7; ++e) EXPECT_EQ(evalHorner(f, dummy, e), 255) << e;
+    for (int i : {0, k, n - 1}) {
+      std::vector<int> bad = cw;
+      bad[i] = f.add(bad[i], 17);
+      EXPECT_EQ(rs.isValidCodeword(bad.data(), n), 0) << i;
     }
+    rs.encode(zeros.data(), k, cw.data(), n);
+    EXPECT_EQ(cw, std::vector<int>(n, 255));
   }
+}
+
+TEST(RseccConstruct, GeneratorLogFileLists22Generators) {
+  qfbtest::ScratchDir dir;
+  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
+  RSECC rs(&f, 2, -1, false, 1);
+  rs.logValidRsEccGenPoly();
+  std::istringstream in(qfbtest::readFile("validRsEccGenPoly.txt"));
+  std::string line;
+  std::vector<std::string> lines;
+  while (std::getline(in, line)) lines.push_back(line);
+  ASSERT_EQ(lines.size(), 24u);
+  EXPECT_EQ(lines[0], "Valid RS ECC generator polynomials, t=16:2:36, AECC off");
+  EXPECT_EQ(lines[12], "Valid RS ECC generator polynomials, t=16:2:36, AECC on");
+  for (int i = 0; i < 22; ++i) {
+    const std::string& text = lines[1 + i + i / 11];
+    const int degree = 32 + 4 * (i % 11) + i / 11;
+    ASSERT_EQ(text.back(), ' ');
+    std::istringstream numbers(text);
+    std::vector<int> g;
+    for (int v; numbers >> v;) g.push_back(f.int2Exp(v));
+    ASSERT_EQ(int(g.size()), degree + 1);
+    EXPECT_EQ(g[0], 0);
+    for (int e = 1; e <= degree; ++e) EXPECT_EQ(evalHorner(f, g, e), 255) << degree << " " << e;
+  }
+}
+
+TEST(RseccConstruct, RunLengthLimitedPassThrough) {
+  GF2m f = makeField4();
+  RSECC rs(&f, 1, 2, false, 0);
+  Code30_31nrz_v2 reference;
+  std::mt19937 rng(6);
+  struct Case { int nIn, nCoded; };
+  for (const Case c : {Case{60, 62}, Case{70, 72}, Case{80, 83}}) {
+    std::vector<int> in(c.nIn), coded(c.nCoded + 5, -1), back(c.nIn, -1), first(31);
+    for (int& b : in) b = int(rng() & 1);
+    rs.lrRllEncode(in.data(), c.nIn, coded.data(), c.nCoded);
+    reference.encode(in.data(), first.data(), true);
+    EXPECT_EQ(std::vector<int>(coded.begin(), coded.begin() + 31), first);
+    EXPECT_EQ(coded[c.nCoded], -1);
+    rs.lrRllDecode(coded.data(), c.nCoded, back.data(), c.nIn);
+    EXPECT_EQ(back, in) << c.nIn;
+  }
+}
+
+TEST(RseccConstruct, BitAndSymbolPacking) {
+  GF2m f = makeField4();
+  RSECC rs(&f, 1, 2, false, 0);
+  const int bits[6] = {1, 0, 1, 1, 1, 0};
+  int symbols[2];
+  rs.bitStream2symbolStream(bits, 6, symbols, 2, 4);
+  EXPECT_EQ(symbols[0], f.int2Exp(11));
+  EXPECT_EQ(symbols[1], f.int2Exp(2));  // a short last group is a 2-bit number
+  int out[6] = {};
+  rs.symbolStream2bitStream(symbols, 2, out, 6, 4);
+  EXPECT_EQ(std::vector<int>(out, out + 6), std::vector<int>(bits, bits + 6));
+  const int antipodal[8] = {1, -1, 1, 1, -1, -1, -1, 1};
+  rs.bitStream2symbolStreamReverseOrderInt(antipodal, 0, symbols, 2, 4);
+  EXPECT_EQ(symbols[0], 11);
+  EXPECT_EQ(symbols[1], 1);
 }
 
 }  // namespace

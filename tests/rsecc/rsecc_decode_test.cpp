@@ -54,46 +54,191 @@ TEST(RseccDecode, WorkedExampleOfOneSymbolCode) {
   EXPECT_EQ(w, (std::vector<int>{0, 14, 0, 7, 9}));
 }
 
+// Both positions run over the whole word and both values over the whole
+// field (zero included), so every pattern of at most two errors occurs.
 TEST(RseccDecode, EveryPatternOfUpToTwoErrorsInGf16) {
   GF2m f = field(4);
   std::mt19937 rng(11);
   for (int b0 : {0, 1}) {
     RSECC rs(&f, 2, 4, false, b0);
     const std::vector<int> cw = randomCodeword(rs, f, 15, rng);
-    int patterns = 0;
     for (int i = 0; i < 15; ++i)
-      for (int j = i; j < 15; ++j)
-        for (int vi = 0; vi < 15; ++vi)
-          for (int vj = 0; vj < 15; ++vj) {
-            if (i == j && vj > 0) continue;
-            std::vector<int> r = cw;
-            r[i] = f.add(r[i], vi);
-            if (j != i) r[j] = f.add(r[j], vj);
-            ASSERT_EQ(rs.decode(r.data(), 15, -1, nullptr), 1) << b0 << " " << i << " " << j;
-            ASSERT_EQ(r, cw) << "b0=" << b0 << " positions " << i << "," << j;
-            ++patterns;
-          }
-    EXPECT_EQ(patterns, 15 * 15 + 105 * 225);
+      for (int j = i + 1; j < 15; ++j)
+        for (int v = 0; v < 256; ++v) {
+          std::vector<int> r = cw;
+          r[i] = f.add(r[i], v % 16);
+          r[j] = f.add(r[j], v / 16);
+          ASSERT_EQ(rs.decode(r.data(), 15, -1, nullptr), 1);
+          ASSERT_EQ(r, cw) << "b0=" << b0 << " positions " << i << "," << j << " values " << v;
+        }
   }
 }
 
-TEST(RseccDecode, RandomPatternsWithinTheBoundInGf256) {
-  GF2m f = field(8);
-  std::mt19937 rng(5);
-  struct Case { int t, nParity, n, tUse; };
-  const Case cases[] = {{4, -1, 40, -1}, {8, -1, 255, -1}, {4, 9, 60, 4}, {6, -1, 100, 3}};
+// e errors and f erasures with 2e + f <= 2tUse, tUse = t or less; a code
+// with fewer than 2t parity symbols decodes as far as its syndromes allow.
+TEST(RseccDecode, ErrorsAndErasuresWithinTheBound) {
+  std::mt19937 rng(9);
+  struct Case { int m, t, nParity, n, tUse; };
+  const Case cases[] = {{4, 2, -1, 15, -1}, {4, 3, -1, 12, -1}, {8, 4, 9, 60, -1},
+                        {8, 8, -1, 255, -1}, {8, 6, -1, 100, 3}, {8, 4, 6, 40, -1}};
   for (int b0 : {0, 1}) {
     for (const Case& c : cases) {
+      GF2m f = field(c.m);
       RSECC rs(&f, c.t, c.nParity, false, b0);
-      const int limit = c.tUse < 0 ? c.t : c.tUse;
-      for (int trial = 0; trial < 40; ++trial) {
+      const int limit = std::min(c.tUse < 0 ? c.t : c.tUse, c.nParity < 0 ? c.t : c.nParity / 2);
+      for (int trial = 0; trial < 60; ++trial) {
+        const int erasures = trial % (2 * limit + 1);
+        const int errors = int(rng() % ((2 * limit - erasures) / 2 + 1));
         const std::vector<int> cw = randomCodeword(rs, f, c.n, rng);
-        std::vector<int> r = corrupt(cw, f, trial % (limit + 1), rng);
-        ASSERT_EQ(rs.decode(r.data(), c.n, c.tUse, nullptr), 1) << "t=" << c.t << " trial " << trial;
-        ASSERT_EQ(r, cw) << "t=" << c.t << " b0=" << b0 << " trial " << trial;
+        std::vector<int> where;
+        std::vector<int> r = corrupt(cw, f, errors + erasures, rng, &where);
+        if (erasures > 0) r[where[errors]] = cw[where[errors]];  // an erased symbol may be right
+        std::vector<int> plain = r;
+        const int* erased = where.data() + errors;
+        ASSERT_EQ(rs.decodeErrorAndErasure(r.data(), c.n, erased, erasures, c.tUse, nullptr), 1);
+        ASSERT_EQ(r, cw) << "t=" << c.t << " b0=" << b0 << " e=" << errors << " f=" << erasures;
+        if (erasures > 0) continue;
+        ASSERT_EQ(rs.decode(plain.data(), c.n, c.tUse, nullptr), 1);
+        ASSERT_EQ(plain, cw);
       }
     }
   }
+}
+
+TEST(RseccDecode, LocatorSearchesAgreeAndErasureFreePathEqualsDecode) {
+  GF2m f = field(8);
+  std::mt19937 rng(21);
+  RSECC rs(&f, 5, -1, false, 1);
+  const int n = 80, len = 11;
+  for (int trial = 0; trial < 60; ++trial) {
+    const std::vector<int> r = corrupt(randomCodeword(rs, f, n, rng), f, trial % 9, rng);
+    std::vector<int> S(10);
+    rs.syndromesCompute(r.data(), n, S.data(), 10);
+    const int erasures[2] = {trial % n, (trial * 7 + 3) % n};
+    for (int nEr : {0, 2}) {
+      std::vector<int> l1(len), b1(len), l2(len), b2(len), roots1(len - 1), roots2(len - 1);
+      int L1, L2, L1b, L2b, n1 = 0, n2 = 0;
+      const int* s = S.data();
+      const int ok1 = nEr ? rs.BM_EAE_inversionless(n, s, l1.data(), b1.data(), len, L1, L1b, 5, erasures, 2)
+                          : rs.BM_inversionless(n, s, l1.data(), b1.data(), len, L1, L1b, 5);
+      const int ok2 = nEr ? rs.BM_errorAndErasure(n, s, l2.data(), b2.data(), len, L2, L2b, 5, erasures, 2)
+                          : rs.BM(n, s, l2.data(), b2.data(), len, L2, L2b, 5);
+      EXPECT_EQ(ok1, ok2);
+      EXPECT_EQ(L1, L2);
+      EXPECT_EQ(L1, L1b);
+      rs.chienSearch(l1.data(), len, roots1.data(), n1);
+      rs.chienSearch(l2.data(), len, roots2.data(), n2);
+      EXPECT_EQ(roots1, roots2) << trial;
+    }
+    std::vector<int> a = r, b = r;
+    const int viaErasures = rs.decodeErrorAndErasure(b.data(), n, nullptr, 0, -1, nullptr);
+    EXPECT_EQ(rs.decode(a.data(), n, -1, nullptr), viaErasures);
+    EXPECT_EQ(a, b);
+  }
+}
+
+// Beyond the bound decode either gives up with the word untouched (every
+// root lies inside a full-length word) or lands on a codeword within t.
+TEST(RseccDecode, TooManyErrorsFailCleanlyOrMiscorrectToACodeword) {
+  std::mt19937 rng(4);
+  for (int m : {4, 8}) {
+    GF2m f = field(m);
+    const int n = f.getN() - 1, t = m == 4 ? 2 : 4;
+    RSECC rs(&f, t, -1, false, m == 4 ? 0 : 1);
+    for (int trial = 0; trial < 200; ++trial) {
+      const std::vector<int> r = corrupt(randomCodeword(rs, f, n, rng), f, t + 1 + trial % 3, rng);
+      std::vector<int> w = r;
+      if (rs.decode(w.data(), n, -1, nullptr) == 0) {
+        EXPECT_EQ(w, r);
+      } else {
+        EXPECT_EQ(rs.isValidCodeword(w.data(), n), 1);
+        int changed = 0;
+        for (int i = 0; i < n; ++i) changed += w[i] != r[i];
+        EXPECT_LE(changed, t);
+      }
+    }
+  }
+}
+
+TEST(RseccDecode, MaskedInputCorrectsTheUnmaskedWord) {
+  GF2m f = field(8);
+  std::mt19937 rng(2);
+  RSECC rs(&f, 3, -1, true, 0);
+  const std::vector<int> cw = randomCodeword(rs, f, 50, rng);
+  std::vector<int> mask(50), sent(50);
+  for (int i = 0; i < 50; ++i) {
+    mask[i] = int(rng() % 256);
+    sent[i] = f.add(cw[i], mask[i]);  // the stored word is the codeword plus the mask
+  }
+  std::vector<int> r = corrupt(sent, f, 3, rng);
+  const std::vector<int> maskCopy = mask;
+  EXPECT_EQ(rs.decode(r.data(), 50, -1, mask.data()), 1);
+  EXPECT_EQ(r, sent);
+  EXPECT_EQ(mask, maskCopy);
+}
+
+TEST(RseccDecode, ChienSearchAndValidityTests) {
+  GF2m f = field(4);
+  RSECC rs(&f, 2, 5, false, 0);
+  int roots[4], nRoots = -1;
+  const int xPlusOne[2] = {0, 0};
+  rs.chienSearch(xPlusOne, 2, roots, nRoots);
+  ASSERT_EQ(nRoots, 1);
+  EXPECT_EQ(roots[0], 0);
+  const int zeroPoly[3] = {15, 15, 15};
+  for (int len : {3, 0}) {
+    testing::internal::CaptureStdout();
+    rs.chienSearch(zeroPoly, len, roots, nRoots);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "WARNING::All zero polynomial is passed to the Chien Search\n");
+    EXPECT_EQ(nRoots, 0);
+  }
+
+  // One error of value alpha^5 at position 3: locator 1 + alpha^3 x, and
+  // all five syndromes alpha^(5 + 3j) as the recurrence requires.
+  std::vector<int> w(15, 15);
+  w[15 - 1 - 3] = 5;
+  const int right[2] = {3, 0}, wrong[2] = {4, 0};
+  std::vector<int> S(5);
+  rs.syndromesCompute(w.data(), 15, S.data(), 5);
+  for (int j = 0; j < 5; ++j) EXPECT_EQ(S[j], (5 + 3 * j) % 15);
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, right, 2, 1, 2, 2), 1);
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, wrong, 2, 1, 2, 2), 0);
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, wrong, 2, 1, 2, 1), 1);
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, wrong, 2, 0, 2, 1), 0);
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, zeroPoly, 2, 1, 2, 1), 0);
+  EXPECT_EQ(rs.isValidErrorLocator(right, 2, 2, S.data()), 1);
+  EXPECT_EQ(rs.isValidErrorLocator(wrong, 2, 2, S.data()), 0);
+  EXPECT_EQ(rs.fullValidityCheckErrorLocator(right, 2, S.data()), 1);
+  std::vector<int> badS = S;
+  badS[3] = f.add(badS[3], 0);
+  EXPECT_EQ(rs.fullValidityCheckErrorLocator(right, 2, badS.data()), 0);
+  EXPECT_EQ(rs.isValidSyndromes(S.data(), 2), 0);
+  EXPECT_EQ(rs.isValidSyndromes(S.data(), 0), 1);
+  EXPECT_EQ(rs.isValidSyndromes(zeroPoly, 1), 1);
+  std::vector<int> kept(5);
+  rs.returnSyndromes(kept.data(), 5);
+  EXPECT_EQ(kept, S);
+
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(rs.isValidErrorLocator(w.data(), 15, right, 2, 1, 2, 3), 0);
+  std::vector<int> longWord(16, 15);
+  rs.syndromesCompute(longWord.data(), 16, S.data(), 5);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "WARNING:::RS_ECC::isValidErrorLocator: no valid method os cnosen to check the validity of error "
+            "locator polynomial\nWarning: RSECC::syndromesCompute: invalid codeword size\n");
+}
+
+TEST(RseccDecodeDeathTest, FatalPaths) {
+  GF2m f = field(4);
+  RSECC rs(&f, 2, -1, false, 0);
+  const int lambda[2] = {3, 0}, S[4] = {15, 15, 15, 15};
+  int w[15] = {};
+  EXPECT_EXIT_PRINTS(rs.isValidErrorLocator(lambda, 2, 2, S), 255,
+                     "RSECC::isValidErrorLocator: Need to insert extra syndromes to run simplified error "
+                     "locator poly validity test, exiting...\n");
+  EXPECT_EXIT_PRINTS(rs.decodeErrorAndUnknownErasure(w, 15, 1, 2), 255,
+                     "RSECC::decodeErrorAndUnknownErasure() has not been finished\n");
 }
 
 }  // namespace

@@ -1,0 +1,154 @@
+// Precoder filters, parity framing and dummy-position helpers.
+#include <random>
+#include <vector>
+
+#include "Tools/precoder.h"
+#include "support/testutil.h"
+
+namespace {
+
+using Bits = std::vector<int>;
+const int kDicode[] = {1, 0, -1};
+
+Bits randomBits(std::mt19937& rng, int n) {
+  Bits b(n);
+  for (int& x : b) x = static_cast<int>(rng() & 1u);
+  return b;
+}
+
+// 1/(1+D^2) with y[-2] = d0, y[-1] = d1: y[t] = x[t] ^ y[t-2].
+Bits dicodePrecode(const Bits& x, int d0 = 0, int d1 = 0) {
+  Bits y(x.size());
+  for (std::size_t t = 0; t < x.size(); ++t) y[t] = x[t] ^ (t >= 2 ? y[t - 2] : (t == 0 ? d0 : d1));
+  return y;
+}
+
+// y[t] = x[t] ^ (XOR of y[t-j] over the nonzero taps j >= 1), from zero state.
+Bits feedbackFilter(const Bits& taps, const Bits& x) {
+  Bits y(x.size());
+  for (std::size_t t = 0; t < x.size(); ++t) {
+    y[t] = x[t];
+    for (std::size_t j = 1; j < taps.size() && j <= t; ++j) y[t] ^= taps[j] != 0 ? y[t - j] : 0;
+  }
+  return y;
+}
+
+// Positions 33 and 34 of each 35-bit framed block.
+std::vector<int> parityPositions(int blocks) {
+  std::vector<int> pos;
+  for (int b = 0; b < blocks; ++b) pos.insert(pos.end(), {35 * b + 33, 35 * b + 34});
+  return pos;
+}
+
+TEST(RllPrecoder, PrecodeAndUnprecodeAreInverseAndOneTapIsIdentity) {
+  std::mt19937 rng(2);
+  const std::vector<Bits> tapSets = {{1}, {1, 1}, {1, 0, -1}, {1, -1, 0, 1}};
+  for (const Bits& taps : tapSets) {
+    Precoder p(taps.data(), static_cast<int>(taps.size()));
+    EXPECT_EQ(p.is_trivial(), taps.size() == 1);
+    const Bits x = randomBits(rng, 64);
+    Bits y = x;
+    // Two calls carry the delays across the split.
+    p.precode(y.data(), 25);
+    p.precode(y.data() + 25, 39);
+    EXPECT_EQ(y, feedbackFilter(taps, x)) << taps.size();
+    p.reset();
+    p.unprecode(y.data(), 64);
+    EXPECT_EQ(y, x) << taps.size();
+  }
+  Precoder identity;
+  Bits x = randomBits(rng, 9), y = x;
+  identity.precode(y.data(), 9);
+  EXPECT_EQ(y, x);
+}
+
+TEST(RllPrecoder, InitialDelaysSeedTheFilter) {
+  const struct {
+    int init[2];
+    int d0, d1;
+  } cases[] = {{{-1, -1}, 0, 0}, {{1, 0}, 1, 0}, {{0, 1}, 0, 1}, {{1, -1}, 1, 0}};
+  const Bits x{1, 0, 0, 1, 1, 0, 1};
+  for (const auto& c : cases) {
+    Precoder p(kDicode, 3);
+    p.init_delays(c.init);
+    Precoder copy(p);
+    p.reset();
+    int delays[2];
+    copy.getDelays(delays);
+    EXPECT_EQ(Bits(delays, delays + 2), (Bits{c.d0, c.d1}));
+    Bits y = x;
+    copy.precode(y.data(), 7);
+    EXPECT_EQ(y, dicodePrecode(x, c.d0, c.d1));
+  }
+  Precoder p(kDicode, 3);
+  const int bad[] = {0, 2};
+  EXPECT_EXIT_PRINTS(p.init_delays(bad), 255, "RPECODER::init_delays: wromg initial values\n");
+}
+
+TEST(RllPrecoder, InsertBfPrecodeAppendsTheLastTwoPrecoderOutputs) {
+  std::mt19937 rng(4);
+  Precoder p(kDicode, 3);
+  const Bits in = randomBits(rng, 66);
+  Bits out(71, -1);
+  // Only one of the two lengths needs to be regular: 71 is not 35k.
+  p.InsertBfPrecode(in.data(), 66, out.data(), 71);
+  EXPECT_EQ(out[70], -1);
+  for (int b = 0; b < 2; ++b) {
+    const Bits block(in.begin() + 33 * b, in.begin() + 33 * b + 33), y = dicodePrecode(block);
+    EXPECT_EQ(Bits(out.begin() + 35 * b, out.begin() + 35 * b + 33), block);
+    EXPECT_EQ(Bits(out.begin() + 35 * b + 33, out.begin() + 35 * b + 35), Bits(y.end() - 2, y.end()));
+  }
+  const std::vector<int> pos = parityPositions(2);
+  Bits data(66);
+  Precoder::RemoveDummy(out.data(), 70, data.data(), 66, pos.data(), 4);
+  EXPECT_EQ(data, in);
+}
+
+TEST(RllPrecoder, InsertBfPostcodeFillsListedPositions) {
+  std::mt19937 rng(5);
+  Precoder p(kDicode, 3);
+  const int blocks = 35, inLen = 33 * blocks, outLen = 35 * blocks;
+  const Bits in = randomBits(rng, inLen);
+  Bits expected;
+  for (int b = 0; b < blocks; ++b) {
+    expected.insert(expected.end(), in.begin() + 33 * b, in.begin() + 33 * b + 33);
+    expected.insert(expected.end(), {0, 0});
+  }
+  // Entries 68 and 69 may come in either order; the list is given back as it was.
+  for (bool swapped : {false, true}) {
+    std::vector<int> list = parityPositions(blocks);
+    if (swapped) std::swap(list[68], list[69]);
+    const std::vector<int> given = list;
+    Bits out(outLen, -1);
+    p.InsertBfPostcode(in.data(), inLen, out.data(), outLen, list.data());
+    EXPECT_EQ(out, expected) << swapped;
+    EXPECT_EQ(list, given);
+  }
+}
+
+TEST(RllPrecoder, DummyPositionsGoInAndOut) {
+  const std::vector<int> pos{0, 3, 4, 9};
+  for (int i = -1; i <= 10; ++i)
+    EXPECT_EQ(Precoder::PositionNotParity(i, pos.data(), 4), i != 0 && i != 3 && i != 4 && i != 9) << i;
+  const Bits in{1, 1, 0, 1, 1, 1};
+  Bits out(10, -1), back(6, -1);
+  Precoder::InsertDummy(in.data(), 6, out.data(), 10, pos.data(), 4);
+  EXPECT_EQ(out, (Bits{0, 1, 1, 0, 0, 0, 1, 1, 1, 0}));
+  Precoder::RemoveDummy(out.data(), 10, back.data(), 6, pos.data(), 4);
+  EXPECT_EQ(back, in);
+}
+
+TEST(RllPrecoder, IrregularLengthsAreFatal) {
+  Precoder p(kDicode, 3);
+  Bits a(80), b(80);
+  std::vector<int> pos(80, 0);
+  const char* dummyMsg = "Input or Output Length is not regular in RemoveDummy()\n";
+  EXPECT_EXIT_PRINTS(p.InsertBfPrecode(a.data(), 34, b.data(), 36), 255,
+                     "Input or Output Length is not regular in InsertBfPrecode()\n");
+  EXPECT_EXIT_PRINTS(p.InsertBfPostcode(a.data(), 32, b.data(), 34, pos.data()), 255,
+                     "Input or Output Length is not regular in InsertBfPostcode()\n");
+  EXPECT_EXIT_PRINTS(Precoder::RemoveDummy(a.data(), 10, b.data(), 7, pos.data(), 2), 255, dummyMsg);
+  EXPECT_EXIT_PRINTS(Precoder::InsertDummy(a.data(), 7, b.data(), 10, pos.data(), 2), 255, dummyMsg);
+}
+
+}  // namespace
