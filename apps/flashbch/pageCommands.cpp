@@ -16,7 +16,7 @@ BlockLayout pageLayout(const PageOptions& o, BitOrder& order) {
   order.byteSwapWordBits = o.byteSwap;
   order.bitSwapGroupBits = o.bitSwap;
   checkBitOrder(order, layout);
-  checkDistinctFiles(o.input, o.output);
+  checkDistinctFiles("--output", o.output, o.input, "the input file; the input is never written over");
   return layout;
 }
 
@@ -55,7 +55,8 @@ int runDecode(const PageOptions& o) {
                      " is outside the accepted range 0 .. " + std::to_string(shortest - 1) +
                      " (below the bits of the shortest codeword)");
   if (!o.report.empty()) {
-    checkDistinctFiles(o.input, o.report);
+    checkDistinctFiles("--report", o.report, o.input, "the input file; the input is never written over");
+    checkDistinctFiles("--report", o.report, o.output, "the --output file as well");
     checkWritable("--report", o.report);
   }
 

@@ -43,10 +43,11 @@ std::vector<std::uint8_t> readWholeFile(const std::string& path) {
   return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void checkDistinctFiles(const std::string& input, const std::string& output) {
+void checkDistinctFiles(const std::string& flag, const std::string& path, const std::string& other,
+                        const std::string& otherRole) {
   std::error_code ec;
-  if (input == output || std::filesystem::equivalent(input, output, ec))
-    throw UsageError("--output: " + output + " is the input file; the input is never written over");
+  if (path == other || std::filesystem::equivalent(path, other, ec))
+    throw UsageError(flag + ": " + path + " is " + otherRole);
 }
 
 std::int64_t countBlocks(const std::string& path, std::int64_t fileBytes, std::int64_t blockBytes) {

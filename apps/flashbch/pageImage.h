@@ -44,8 +44,10 @@ void bitsToBytes(const int* bits, std::int64_t count, std::uint8_t* bytes);
 
 // Whole file contents; throws UsageError naming the file when it cannot be read.
 std::vector<std::uint8_t> readWholeFile(const std::string& path);
-// Throws UsageError when output names the same file as input.
-void checkDistinctFiles(const std::string& input, const std::string& output);
+// Throws UsageError naming `flag` when `path` names the same file as
+// `other`, described by `otherRole`.
+void checkDistinctFiles(const std::string& flag, const std::string& path, const std::string& other,
+                        const std::string& otherRole);
 // Throws UsageError naming the file and the byte offset of a trailing
 // partial block, or when the file holds no block.
 std::int64_t countBlocks(const std::string& path, std::int64_t fileBytes, std::int64_t blockBytes);

@@ -117,6 +117,8 @@ TEST(PageCommands, RefusedRequestsExitWithStatus2) {
        "flashbch encode: --layout: codeword 0 has 1001 data bits; page images need whole bytes (a multiple of 8)"},
       {"decode " + kLayout + "good.bin -o ./good.bin",
        "flashbch decode: --output: ./good.bin is the input file; the input is never written over"},
+      {"decode " + kLayout + "good.bin -o out.bin --report good.bin",
+       "flashbch decode: --report: good.bin is the input file; the input is never written over"},
       {"decode " + kLayout + "good.bin -o out.bin --byte-swap 40",
        "flashbch decode: --byte-swap: 40 is not accepted; WORDBITS must be a multiple of 8, at least 16, dividing "
        "the 2208 bits of a block image"},
