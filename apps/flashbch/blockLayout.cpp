@@ -65,7 +65,7 @@ std::vector<int> parseLayout(const std::string& text) {
     if (!ok)
       throw UsageError("--layout: cannot read '" + item + "' in '" + text +
                        "'; accepted: DATABITS or COUNTxDATABITS items separated by commas, e.g. 4x8192");
-    if (count + static_cast<long>(dataBits.size()) > kMaxCodewords)
+    if (count > kMaxCodewords - static_cast<long>(dataBits.size()))
       throw UsageError("--layout: more than " + std::to_string(kMaxCodewords) + " codewords in '" + text + "'");
     if (bits > kLongestCodeword)
       throw UsageError("--layout: " + std::to_string(bits) + " data bits is outside the accepted range 1 .. " +

@@ -74,10 +74,10 @@ std::vector<double> parseSweep(const std::string& flag, const std::string& text,
                          text + "')");
       const double span = std::log(stop / start) / std::log(step);
       if (span < -1e-6) throw UsageError(flag + ": FACTOR leads away from STOP in '" + text + "'");
+      if (span + 1.0 > maxPoints)
+        throw UsageError(flag + ": '" + text + "' makes more than " + std::to_string(maxPoints) +
+                         " points; at most " + std::to_string(maxPoints) + " are accepted");
       const long count = static_cast<long>(std::floor(span + 1e-6)) + 1;
-      if (count > maxPoints)
-        throw UsageError(flag + ": '" + text + "' makes " + std::to_string(count) + " points; at most " +
-                         std::to_string(maxPoints) + " are accepted");
       for (long i = 0; i < count; ++i) points.push_back(start * std::pow(step, static_cast<double>(i)));
     } else {
       if (step == 0.0) throw UsageError(flag + ": STEP must not be 0 in '" + text + "'");

@@ -53,6 +53,7 @@ TEST(Sweep, RejectionsNameTheFlag) {
       {"1:*2:8", SweepKind::Integer, "--x: cannot read"},
       {"50:10:150", SweepKind::Real, "--x: 110 is outside the accepted range 0 .. 100"},
       {"0:0.01:100", SweepKind::Real, "--x: '0:0.01:100' makes more than 1000 points"},
+      {"1e-300:*10:1e300", SweepKind::Real, "--x: '1e-300:*10:1e300' makes more than 1000 points"},
   };
   for (const Case& c : cases) {
     try {
@@ -78,6 +79,15 @@ TEST(Layout, RejectionsNameTheFlag) {
     } catch (const UsageError& e) {
       EXPECT_EQ(std::string(e.what()).rfind("--layout: cannot read", 0), 0u) << e.what();
     }
+  }
+}
+
+TEST(Layout, CodewordCountIsBounded) {
+  try {
+    parseLayout("8,2147483647x8");
+    ADD_FAILURE() << "accepted";
+  } catch (const UsageError& e) {
+    EXPECT_EQ(std::string(e.what()), "--layout: more than 4096 codewords in '8,2147483647x8'");
   }
 }
 
