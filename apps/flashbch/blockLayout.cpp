@@ -27,7 +27,9 @@ std::int64_t BlockLayout::blockDataBits() const {
   return sum;
 }
 
-std::int64_t BlockLayout::blockStoredBits() const { return blockDataBits() + std::int64_t{codewords()} * storedParityBits(); }
+std::int64_t BlockLayout::blockStoredBits() const {
+  return blockDataBits() + std::int64_t{codewords()} * storedParityBits();
+}
 
 std::int64_t BlockLayout::storedOffset(int i) const {
   std::int64_t at = 0;
@@ -59,9 +61,9 @@ std::vector<int> parseLayout(const std::string& text) {
     const std::string item = text.substr(start, comma - start);
     const auto x = item.find('x');
     long count = 1, bits = 0;
-    const bool ok = x == std::string::npos ? parsePositive(item, bits)
-                                           : parsePositive(item.substr(0, x), count) &&
-                                                 parsePositive(item.substr(x + 1), bits);
+    const bool ok = x == std::string::npos
+                        ? parsePositive(item, bits)
+                        : parsePositive(item.substr(0, x), count) && parsePositive(item.substr(x + 1), bits);
     if (!ok)
       throw UsageError("--layout: cannot read '" + item + "' in '" + text +
                        "'; accepted: DATABITS or COUNTxDATABITS items separated by commas, e.g. 4x8192");
@@ -69,8 +71,8 @@ std::vector<int> parseLayout(const std::string& text) {
       throw UsageError("--layout: more than " + std::to_string(kMaxCodewords) + " codewords in '" + text + "'");
     if (bits > kLongestCodeword)
       throw UsageError("--layout: " + std::to_string(bits) + " data bits is outside the accepted range 1 .. " +
-                       std::to_string(kLongestCodeword - kFieldDegree) + " (data + 15*t <= " +
-                       std::to_string(kLongestCodeword) + ")");
+                       std::to_string(kLongestCodeword - kFieldDegree) +
+                       " (data + 15*t <= " + std::to_string(kLongestCodeword) + ")");
     dataBits.insert(dataBits.end(), static_cast<size_t>(count), static_cast<int>(bits));
     start = comma + 1;
   }

@@ -2,7 +2,6 @@
 // (UsageError), and every usage error ends with exit status 2 and a message
 // on standard error that names the flag or file at fault.
 #include <CLI/CLI.hpp>
-
 #include <iostream>
 #include <string>
 
@@ -49,7 +48,8 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
   sub->add_option("--seed", o.seed, "seed of every block's data and noise")->capture_default_str();
   sub->add_option("--csv", o.csv, "also write the table as CSV to this file");
   sub->add_option("--json", o.json, "also write the settings and the table as JSON to this file");
-  sub->add_option("--plot", o.plot, "draw the rates against the channel parameter (FILE.png or FILE.svg, needs gnuplot)");
+  sub->add_option("--plot", o.plot,
+                  "draw the rates against the channel parameter (FILE.png or FILE.svg, needs gnuplot)");
   sub->add_flag("--quiet", o.quiet, "no progress line on standard error");
 }
 
@@ -80,8 +80,9 @@ void addDecode(CLI::App& app, PageOptions& o) {
       "1 otherwise. The input file is never written.");
   addPage(*sub, o, true);
   sub->add_option("--report", o.report, "write the per-block, per-codeword report as JSON to this file");
-  sub->add_option("--scrub-threshold", o.scrubThreshold,
-                  "recommend scrubbing a block whose largest corrected count reaches this [default: 3t/4 rounded up]");
+  sub->add_option(
+      "--scrub-threshold", o.scrubThreshold,
+      "recommend scrubbing a block whose largest corrected count reaches this [default: 3t/4 rounded up]");
   sub->add_option("--erased-threshold", o.erasedThreshold,
                   "a codeword whose data and parity bits hold at most this many zeros is an erased page "
                   "[default: t]");

@@ -1,11 +1,12 @@
 #include "gnuplotRunner.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "usageError.h"
 
@@ -46,11 +47,11 @@ std::string quoted(const std::string& s) {
 
 void checkPlotTarget(const std::string& output) {
   const std::string ext = extensionOf(output);
-  if (ext != ".png" && ext != ".svg")
-    throw UsageError("--plot: " + output + " must end in .png or .svg");
+  if (ext != ".png" && ext != ".svg") throw UsageError("--plot: " + output + " must end in .png or .svg");
   if (!gnuplotOnPath())
-    throw UsageError("--plot: gnuplot was not found on PATH; install it (Debian: apt-get install gnuplot-nox) "
-                     "or leave out --plot");
+    throw UsageError(
+        "--plot: gnuplot was not found on PATH; install it (Debian: apt-get install gnuplot-nox) "
+        "or leave out --plot");
 }
 
 std::string runGnuplot(const PlotRequest& request) {

@@ -18,8 +18,8 @@ struct PlotRequest {
   std::string yLabel;
   bool logX = false;
   std::string keyPosition = "bottom left";  // where the curves leave room
-  std::string csv;     // the data, with a header line
-  std::string series;  // gnuplot `plot` arguments reading the file 'DATA'
+  std::string csv;                          // the data, with a header line
+  std::string series;                       // gnuplot `plot` arguments reading the file 'DATA'
 };
 
 // Returns an empty string on success, else what went wrong.

@@ -19,8 +19,8 @@ int runInfo(const InfoOptions& o) {
   if (!(o.rber >= 0.0 && o.rber <= 0.5))
     throw UsageError("--rber: " + formatNumber(o.rber) + " is outside the accepted range 0 .. 0.5");
 
-  ResultTable table({"codeword", "k", "n", "parity_used", "parity_stored", "rate", "stored_rate", "distance",
-                     "fer", "uber"});
+  ResultTable table(
+      {"codeword", "k", "n", "parity_used", "parity_stored", "rate", "stored_rate", "distance", "fer", "uber"});
   for (int i = 0; i < layout.codewords(); ++i) {
     const int k = layout.dataBits[i];
     const double log10Fer = log10CodewordFailureRate(k, layout.t, o.rber);
@@ -31,8 +31,7 @@ int runInfo(const InfoOptions& o) {
                   Cell::fromLog10(log10Fer), Cell::fromLog10(log10Fer - std::log10(static_cast<double>(k)))});
   }
   std::cout << "BCH over GF(2^15), x^15 + x + 1, roots alpha^1 .. alpha^" << 2 * layout.t << ", t = " << layout.t
-            << "; failure rates of a bounded-distance decoder at raw bit error rate " << formatNumber(o.rber)
-            << "\n";
+            << "; failure rates of a bounded-distance decoder at raw bit error rate " << formatNumber(o.rber) << "\n";
   table.writeText(std::cout);
   const std::vector<int> g = generatorPolynomial(layout.t);
   std::cout << "generator polynomial (degree " << g.size() - 1 << ", highest degree first): 0x" << bitsToHex(g)

@@ -45,8 +45,8 @@ int runDecode(const PageOptions& o) {
   const BlockLayout layout = pageLayout(o, order);
   const int scrubThreshold = o.scrubThreshold < 0 ? (3 * layout.t + 3) / 4 : o.scrubThreshold;
   if (o.scrubThreshold < -1 || scrubThreshold > layout.t)
-    throw UsageError("--scrub-threshold: " + std::to_string(o.scrubThreshold) + " is outside the accepted range 0 .. " +
-                     std::to_string(layout.t) + " (t)");
+    throw UsageError("--scrub-threshold: " + std::to_string(o.scrubThreshold) +
+                     " is outside the accepted range 0 .. " + std::to_string(layout.t) + " (t)");
   int shortest = layout.codeLength(0);
   for (int i = 0; i < layout.codewords(); ++i) shortest = std::min(shortest, layout.codeLength(i));
   const int erasedThreshold = o.erasedThreshold < 0 ? layout.t : o.erasedThreshold;
@@ -121,11 +121,11 @@ int runDecode(const PageOptions& o) {
     document["blocks"] = blockReports;
     writeOutputFile("--report", o.report, document.dump(2) + "\n");
   }
-  std::cout << "flashbch decode: " << blocks << (blocks == 1 ? " block, " : " blocks, ") << blocks * layout.codewords()
-            << " codewords: " << counts[0] << " clean, " << counts[1] << " corrected (" << correctedBits
-            << " bits, at most " << mostCorrected << " in one codeword), " << counts[3] << " erased, " << uncorrectable
-            << " uncorrectable; scrub recommended for " << scrubBlocks << (scrubBlocks == 1 ? " block" : " blocks")
-            << std::endl;
+  std::cout << "flashbch decode: " << blocks << (blocks == 1 ? " block, " : " blocks, ")
+            << blocks * layout.codewords() << " codewords: " << counts[0] << " clean, " << counts[1] << " corrected ("
+            << correctedBits << " bits, at most " << mostCorrected << " in one codeword), " << counts[3]
+            << " erased, " << uncorrectable << " uncorrectable; scrub recommended for " << scrubBlocks
+            << (scrubBlocks == 1 ? " block" : " blocks") << std::endl;
   return uncorrectable == 0 ? 0 : 1;
 }
 

@@ -91,7 +91,8 @@ PageCodec::PageCodec(const BlockLayout& layout, const BitOrder& order)
   dataBits_.resize(static_cast<size_t>(layout_.blockDataBits()));
   storedBits_.resize(static_cast<size_t>(layout_.blockStoredBits()));
   results_.resize(static_cast<size_t>(layout_.codewords()));
-  locators_.assign(static_cast<size_t>(layout_.codewords()), std::vector<int>(static_cast<size_t>(2 * layout_.t + 1)));
+  locators_.assign(static_cast<size_t>(layout_.codewords()),
+                   std::vector<int>(static_cast<size_t>(2 * layout_.t + 1)));
 }
 
 PageCodec::~PageCodec() = default;

@@ -47,10 +47,12 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
   } else {
     throw UsageError("--channel: '" + o.channel + "' is not a channel; accepted: awgn, bsc");
   }
-  if (o.maxFailures < 1) throw UsageError("--max-fe: " + std::to_string(o.maxFailures) + " is below the accepted minimum 1");
+  if (o.maxFailures < 1)
+    throw UsageError("--max-fe: " + std::to_string(o.maxFailures) + " is below the accepted minimum 1");
   s.maxFailures = o.maxFailures;
   s.maxBlocks = o.maxBlocks == 0 ? kDefaultMaxBlocks : o.maxBlocks;
-  if (s.maxBlocks < 1) throw UsageError("--max-frames: " + std::to_string(o.maxBlocks) + " is below the accepted minimum 1");
+  if (s.maxBlocks < 1)
+    throw UsageError("--max-frames: " + std::to_string(o.maxBlocks) + " is below the accepted minimum 1");
   const int cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
   s.threads = o.threads == 0 ? cores : o.threads;
   if (s.threads < 1 || s.threads > 1024)
@@ -61,8 +63,10 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
 
 std::string formatSeconds(double seconds) {
   char buffer[32];
-  if (seconds < 100) std::snprintf(buffer, sizeof buffer, "%.0fs", seconds);
-  else std::snprintf(buffer, sizeof buffer, "%.0fm%02.0fs", std::floor(seconds / 60), std::fmod(seconds, 60.0));
+  if (seconds < 100)
+    std::snprintf(buffer, sizeof buffer, "%.0fs", seconds);
+  else
+    std::snprintf(buffer, sizeof buffer, "%.0fm%02.0fs", std::floor(seconds / 60), std::fmod(seconds, 60.0));
   return buffer;
 }
 
@@ -70,8 +74,7 @@ void showProgress(const Progress& p, const SimulationSettings& s) {
   const double rate = p.codewords ? static_cast<double>(p.failures) / p.codewords : 0.0;
   const double blocksPerSecond = p.seconds > 0 ? p.blocks / p.seconds : 0.0;
   double eta = blocksPerSecond > 0 ? (s.maxBlocks - p.blocks) / blocksPerSecond : NAN;
-  if (p.failures > 0 && p.seconds > 0)
-    eta = std::min(eta, (s.maxFailures - p.failures) / (p.failures / p.seconds));
+  if (p.failures > 0 && p.seconds > 0) eta = std::min(eta, (s.maxFailures - p.failures) / (p.failures / p.seconds));
   std::fprintf(stderr, "\r\033[Kpoint %d/%d %s=%s  blocks %lld/%lld  failures %lld/%lld  rate %.3g  ETA %s",
                p.point + 1, p.points, channelParameterName(s.channel), formatNumber(p.parameter).c_str(),
                static_cast<long long>(p.blocks), static_cast<long long>(s.maxBlocks),
@@ -108,8 +111,8 @@ int runSimulate(const SimulateOptions& o) {
   checkWritable("--json", o.json);
 
   const char* parameter = channelParameterName(settings.channel);
-  ResultTable table({parameter, "raw_ber", "post_ber", "fer", "fer_low", "fer_high", "uncorrectable",
-                     "miscorrected", "codewords", "blocks", "analytic_fer", "seconds"});
+  ResultTable table({parameter, "raw_ber", "post_ber", "fer", "fer_low", "fer_high", "uncorrectable", "miscorrected",
+                     "codewords", "blocks", "analytic_fer", "seconds"});
   const BlockLayout& layout = settings.layout;
   std::cout << "flashbch simulate: layout " << layout.describe() << " data bits, t = " << layout.t << " ("
             << layout.parityBits() << " parity bits, " << layout.storedParityBits() << " stored), channel "
@@ -164,10 +167,11 @@ int runSimulate(const SimulateOptions& o) {
     plot.logX = settings.channel == ChannelKind::Bsc;
     plot.csv = csv.str();
     const std::string x = std::string("'") + parameter + "'";
-    plot.series = "'DATA' using " + x + ":'fer':'fer_low':'fer_high' with yerrorbars pt 7 title 'codeword failure rate', " +
+    plot.series = "'DATA' using " + x +
+                  ":'fer':'fer_low':'fer_high' with yerrorbars pt 7 title 'codeword failure rate', " +
                   "'DATA' using " + x + ":'analytic_fer' with lines lw 2 title 'analytic (bounded distance)', " +
-                  "'DATA' using " + x + ":'raw_ber' with linespoints title 'raw BER', " +
-                  "'DATA' using " + x + ":'post_ber' with linespoints title 'post-decode BER'";
+                  "'DATA' using " + x + ":'raw_ber' with linespoints title 'raw BER', " + "'DATA' using " + x +
+                  ":'post_ber' with linespoints title 'post-decode BER'";
     const std::string failure = runGnuplot(plot);
     if (!failure.empty()) {
       std::cerr << "flashbch simulate: --plot: " << failure << std::endl;

@@ -100,8 +100,8 @@ PointResult Simulator::runPoint(int point, const std::function<void(const Progre
     for (;;) {
       const std::int64_t block = nextBlock.fetch_add(1);
       if (block >= stopAt.load()) break;
-      const PointTally one = worker.simulate(channel, blockSeed(settings_.seed, static_cast<std::uint64_t>(point),
-                                                                static_cast<std::uint64_t>(block)));
+      const PointTally one = worker.simulate(
+          channel, blockSeed(settings_.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(block)));
       std::lock_guard<std::mutex> lock(mutex);
       waiting.emplace(block, one);
       for (auto it = waiting.find(tally.blocks); it != waiting.end() && tally.blocks < stopAt.load();
@@ -125,9 +125,12 @@ PointResult Simulator::runPoint(int point, const std::function<void(const Progre
     while (running > 0) {
       finished.wait_for(lock, std::chrono::duration<double>(progressSeconds));
       if (onProgress && running > 0) {
-        Progress p{point,          static_cast<int>(settings_.parameters.size()),
-                   channel.parameter, tally.blocks,
-                   tally.failures(), tally.codewords,
+        Progress p{point,
+                   static_cast<int>(settings_.parameters.size()),
+                   channel.parameter,
+                   tally.blocks,
+                   tally.failures(),
+                   tally.codewords,
                    std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
         lock.unlock();
         onProgress(p);

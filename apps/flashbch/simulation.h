@@ -34,8 +34,8 @@ struct SimulationSettings {
 struct PointTally {
   std::int64_t blocks = 0;
   std::int64_t codewords = 0;
-  std::int64_t bitsSent = 0;       // every stored bit, padding included
-  std::int64_t bitFlips = 0;       // channel errors among them
+  std::int64_t bitsSent = 0;  // every stored bit, padding included
+  std::int64_t bitFlips = 0;  // channel errors among them
   std::int64_t dataBits = 0;
   std::int64_t dataBitErrors = 0;  // after decoding
   std::int64_t uncorrectable = 0;  // the decoder said so

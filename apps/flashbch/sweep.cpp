@@ -49,8 +49,8 @@ std::string formatNumber(double value) {
   return buffer;
 }
 
-std::vector<double> parseSweep(const std::string& flag, const std::string& text, SweepKind kind,
-                               double minValue, double maxValue, int maxPoints) {
+std::vector<double> parseSweep(const std::string& flag, const std::string& text, SweepKind kind, double minValue,
+                               double maxValue, int maxPoints) {
   std::vector<double> points;
   const std::vector<std::string> range = split(text, ':');
   if (range.size() == 1) {
@@ -70,8 +70,8 @@ std::vector<double> parseSweep(const std::string& flag, const std::string& text,
     if (geometric && kind == SweepKind::Integer) malformed(flag, text, kind);
     if (geometric) {
       if (!(start > 0.0) || !(stop > 0.0) || !(step > 0.0) || step == 1.0)
-        throw UsageError(flag + ": a ratio sweep needs START and STOP above 0 and a FACTOR other than 1 ('" +
-                         text + "')");
+        throw UsageError(flag + ": a ratio sweep needs START and STOP above 0 and a FACTOR other than 1 ('" + text +
+                         "')");
       const double span = std::log(stop / start) / std::log(step);
       if (span < -1e-6) throw UsageError(flag + ": FACTOR leads away from STOP in '" + text + "'");
       if (span + 1.0 > maxPoints)

@@ -23,8 +23,8 @@ enum class SweepKind { Real, Probability, Integer };
 // Parses `text` given to `flag`; throws UsageError naming the flag when the
 // text is malformed, a point falls outside [minValue, maxValue], or the sweep
 // has more than maxPoints points.
-std::vector<double> parseSweep(const std::string& flag, const std::string& text, SweepKind kind,
-                               double minValue, double maxValue, int maxPoints = 1000);
+std::vector<double> parseSweep(const std::string& flag, const std::string& text, SweepKind kind, double minValue,
+                               double maxValue, int maxPoints = 1000);
 
 // Shortest decimal text that reads back as the same double ("%.15g" cut down).
 std::string formatNumber(double value);

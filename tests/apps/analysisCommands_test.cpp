@@ -63,10 +63,12 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
   struct Case {
     std::string channel;
     double expected;
-  } cases[] = {{"--channel bsc --rber 0.02", 0.02},
-               {"--channel awgn --snr 6", 0.5 * std::erfc(1.0 / (2.0 * std::pow(10.0, -6.0 / 20.0) * std::sqrt(2.0)))}};
+  } cases[] = {
+      {"--channel bsc --rber 0.02", 0.02},
+      {"--channel awgn --snr 6", 0.5 * std::erfc(1.0 / (2.0 * std::pow(10.0, -6.0 / 20.0) * std::sqrt(2.0)))}};
   for (const Case& c : cases) {
-    const auto run = runFlashbch("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel);
+    const auto run =
+        runFlashbch("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel);
     ASSERT_EQ(run.status, 0) << run.err;
     const auto rows = readCsv("r.csv");
     ASSERT_EQ(rows.size(), 1u);
@@ -79,7 +81,8 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
 TEST(Simulate, NoFailuresFarBelowTheThreshold) {
   qfbtest::ScratchDir dir;
   // n = 1144, t = 8 at p = 1e-4: about 0.11 errors per codeword, P(X > 8) ~ 1e-14.
-  const auto run = runFlashbch("simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json");
+  const auto run = runFlashbch(
+      "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json");
   ASSERT_EQ(run.status, 0) << run.err;
   const auto rows = readCsv("r.csv");
   ASSERT_EQ(rows.size(), 1u);
@@ -103,9 +106,10 @@ TEST(Info, FactsPerCodeword) {
     double v[10];
     for (double& x : v) table >> x;
     const double fer = static_cast<double>(failureRate(k + 75, 5, 2e-3L));
-    const double expected[10] = {k == 1024 ? 0.0 : 1.0, double(k), k + 75.0, 75, 80, k / (k + 75.0), k / (k + 80.0), 11,
-                                 fer, fer / k};
-    for (int i = 0; i < 10; ++i) EXPECT_NEAR(v[i], expected[i], 1e-3 * std::fabs(expected[i])) << k << " column " << i;
+    const double expected[10] = {k == 1024 ? 0.0 : 1.0, double(k),      k + 75.0, 75,  80,
+                                 k / (k + 75.0),        k / (k + 80.0), 11,       fer, fer / k};
+    for (int i = 0; i < 10; ++i)
+      EXPECT_NEAR(v[i], expected[i], 1e-3 * std::fabs(expected[i])) << k << " column " << i;
   }
   // The generator polynomial has degree 15t and alpha^1 .. alpha^2t among its roots.
   const std::string marker = "generator polynomial (degree 75, highest degree first): 0x";
@@ -138,7 +142,8 @@ TEST(Uber, TablesAgainstDirectSums) {
       const long double a = failureRate(4096 + 15 * t, t, p), b = failureRate(1024 + 15 * t, t, p);
       EXPECT_EQ(number(rows[r].at("t")), t);
       EXPECT_NEAR(number(rows[r].at("fer")) / static_cast<double>((a + b) / 2), 1.0, 1e-6) << t << " " << (double)p;
-      EXPECT_NEAR(number(rows[r].at("uber")) / static_cast<double>((a + b) / 5120), 1.0, 1e-6) << t << " " << (double)p;
+      EXPECT_NEAR(number(rows[r].at("uber")) / static_cast<double>((a + b) / 5120), 1.0, 1e-6)
+          << t << " " << (double)p;
       ++r;
     }
 }

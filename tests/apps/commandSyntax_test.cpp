@@ -99,7 +99,10 @@ TEST(Layout, RangesDependOnT) {
     const char* message;  // nullptr: accepted
   } cases[] = {
       {{32767 - 600}, 40, false, nullptr},
-      {{32767 - 599}, 40, false, "--layout: codeword 0 has 32168 data bits; with t = 40 the accepted range is 1 .. 32167"},
+      {{32767 - 599},
+       40,
+       false,
+       "--layout: codeword 0 has 32168 data bits; with t = 40 the accepted range is 1 .. 32167"},
       {{1024}, 0, false, "--t: 0 is outside the accepted range 1 .. 128"},
       {{1024}, 129, false, "--t: 129 is outside the accepted range 1 .. 128"},
       {{1024, 1001}, 8, true, "--layout: codeword 1 has 1001 data bits; page images need whole bytes"},

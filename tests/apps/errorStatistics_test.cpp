@@ -27,7 +27,7 @@ TEST(BinomialTail, MatchesDirectSummation) {
   struct Case {
     int n, t;
     double p;
-  } cases[] = {{20, 2, 0.05},   {20, 2, 0.5},    {100, 0, 0.01},  {100, 10, 0.01}, {100, 10, 0.2},
+  } cases[] = {{20, 2, 0.05},   {20, 2, 0.5},    {100, 0, 0.01},  {100, 10, 0.01},  {100, 10, 0.2},
                {500, 4, 0.001}, {500, 40, 0.05}, {1000, 8, 1e-4}, {1000, 30, 0.03}, {1000, 5, 0.3}};
   for (const Case& c : cases) {
     const long double expected = directUpperTail(c.n, c.t, c.p);

@@ -35,7 +35,8 @@ std::string randomData(int bytes, unsigned seed) {
 void flipBits(std::string& image, int index, int count, std::mt19937& rng) {
   std::set<int> positions;
   while (static_cast<int>(positions.size()) < count) positions.insert(static_cast<int>(rng() % kCodeBits));
-  for (int p : positions) image[static_cast<size_t>(index * kCodewordBytes + p / 8)] ^= static_cast<char>(0x80 >> (p % 8));
+  for (int p : positions)
+    image[static_cast<size_t>(index * kCodewordBytes + p / 8)] ^= static_cast<char>(0x80 >> (p % 8));
 }
 
 TEST(PageCommands, FlippedBitsAreCorrectedAndCounted) {

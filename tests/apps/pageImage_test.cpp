@@ -47,12 +47,15 @@ TEST(PageImage, SwapChecksNameTheFlag) {
   struct Case {
     int word, group;
     const char* prefix;  // nullptr: accepted
-  } cases[] = {{32, 8, nullptr}, {16, 2208, nullptr}, {12, 0, "--byte-swap: 12"},     {8, 0, "--byte-swap: 8 "},
-               {64, 0, "--byte-swap: 64"}, {0, 1, "--bit-swap: 1 "}, {0, 2209, "--bit-swap: 2209"}};
+  } cases[] = {
+      {32, 8, nullptr},           {16, 2208, nullptr},      {12, 0, "--byte-swap: 12"},   {8, 0, "--byte-swap: 8 "},
+      {64, 0, "--byte-swap: 64"}, {0, 1, "--bit-swap: 1 "}, {0, 2209, "--bit-swap: 2209"}};
   for (const Case& c : cases) {
     const std::string message = messageOf([&] { checkBitOrder({c.word, c.group}, layout); });
-    if (c.prefix) EXPECT_EQ(message.rfind(c.prefix, 0), 0u) << message;
-    else EXPECT_EQ(message, "(accepted)");
+    if (c.prefix)
+      EXPECT_EQ(message.rfind(c.prefix, 0), 0u) << message;
+    else
+      EXPECT_EQ(message, "(accepted)");
   }
 }
 

@@ -24,8 +24,8 @@ PointTally replay(const SimulationSettings& s, int point) {
   BlockWorker worker(s.layout);
   PointTally tally;
   while (tally.blocks < s.maxBlocks && tally.failures() < s.maxFailures)
-    tally.add(worker.simulate({s.channel, s.parameters[point]},
-                              blockSeed(s.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(tally.blocks))));
+    tally.add(worker.simulate({s.channel, s.parameters[point]}, blockSeed(s.seed, static_cast<std::uint64_t>(point),
+                                                                          static_cast<std::uint64_t>(tally.blocks))));
   return tally;
 }
 
@@ -36,9 +36,10 @@ TEST(Simulator, ThreadsReproduceTheSequentialStopRule) {
     Simulator simulator(settings);
     for (int point = 0; point < 3; ++point) {
       const PointTally expected = replay(settings, point);
-      const PointResult got = simulator.runPoint(point, [](const Progress&) {}, 0.001);
-      EXPECT_TRUE(got.tally == expected) << threads << " threads, point " << point << ": " << got.tally.blocks
-                                         << " blocks vs " << expected.blocks;
+      const PointResult got = simulator.runPoint(
+          point, [](const Progress&) {}, 0.001);
+      EXPECT_TRUE(got.tally == expected)
+          << threads << " threads, point " << point << ": " << got.tally.blocks << " blocks vs " << expected.blocks;
       EXPECT_EQ(got.tally.codewords, 2 * got.tally.blocks);
       EXPECT_EQ(got.tally.bitsSent, got.tally.blocks * (256 + 200 + 2 * 64));
     }
