@@ -61,14 +61,21 @@ class BCH {
   // Copies the first len entries of the stored locator; len may not exceed 2t+1.
   void returnLambda(int* out, int len);
 
-  // in, out: n bits each in interface order, not overlapping.
+  // in, out: n bits each in interface order, not overlapping. tLimit: -1
+  // corrects up to t errors, 1..t fewer, 0 copies in without decoding.
   int decode(int* in, int* out, bool rsMode, int tLimit);
+  // Leaves syndromes, parity and lambda describing in (lambda all zero for
+  // a clean word), except with tLimit 0, which leaves them untouched.
   int decodeBCH(int* in, int* out, int tLimit);
   // word: n bits in degree order, corrected in place only on success.
   int chienSearch(int* locator, int* word);
-  // Closed-form locator for tLimit (or t when -1) of 1, 2 or 3. Three
-  // uncorrectable cases return 0 with out left in degree order.
+  // Closed-form locator for tLimit (or t when -1) of 1, 2 or 3; tLimit must
+  // not exceed t. Three uncorrectable cases return 0 with out left in degree
+  // order. Does not write lambda.
   int decodeForSmallT(int* in, int* out, int tLimit);
+  // Bits as the symbols one and zero of the owned Reed-Solomon code (2t
+  // parity symbols, roots alpha^0 .. alpha^(2t-1)); a symbol that comes back
+  // as anything but one is a 0 bit. Writes none of the stored results.
   int decodeRS(int* in, int* out, int tLimit);
 
   // out = in with numErrors distinct bits flipped at positions drawn from
@@ -84,6 +91,6 @@ class BCH {
   int* genPoly;  // n-k+1 bits, degree order
   RSECC* rsecc;
   int parity;      // overall parity of the last word whose syndromes were computed; -1 before
-  int* syndromes;  // n-k entries (at least 5), the first 2t of them computed
-  int* lambda;     // 2t+1 entries, the last locator of decodeBCH
+  int* syndromes;  // n-k entries (at least 5), the first 2t of them computed; zero when fresh
+  int* lambda;     // 2t+1 entries, the last locator of decodeBCH; zero when fresh
 };

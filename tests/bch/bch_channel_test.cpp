@@ -65,7 +65,7 @@ TEST(BchChannel, DecodeRSWorksOnSymbolsZeroAndOne) {
       {{}, -1, -1, 1, word},
       {{4}, -1, -1, 1, word},
       {{0, 13}, -1, -1, 1, word},
-      {{}, 1, -1, 1, word},      // 2 is not a one bit: it enters, and leaves, as 0
+      {{}, 1, 0, 1, word},       // 2 is not a one bit: it enters, and leaves, as 0
       {{6, 9}, -1, 0, 1, {}},    // limit 0: no decoding
   };
   for (const Case& c : cases) {

@@ -62,6 +62,14 @@ TEST_F(Gf16, SyndromesOfSingleBits) {
     EXPECT_EQ(even.parity, odd ? 1 : 0);
     EXPECT_EQ(syndromes(even, 1).front(), odd ? 0 : Z);  // r(1)
   }
+  // Any non-zero entry is a one bit for the syndromes, but the parity adds
+  // values: a 2 in place of a one keeps S zero and still fails the word.
+  V word = degreesToWord({0, 2, 4, 5});  // the generator (x + 1)(x^4 + x + 1)
+  EXPECT_TRUE(even.isCodeword(word.data()));
+  word[10] = 2;
+  EXPECT_FALSE(even.isCodeword(word.data()));
+  EXPECT_EQ(syndromes(even, 2), (V{Z, Z}));
+  EXPECT_EQ(even.parity, 1);
 }
 
 TEST_F(Gf16, BerlekampMassey) {
@@ -84,8 +92,8 @@ TEST_F(Gf16, BerlekampMassey) {
 TEST_F(Gf16, DecodeBCH) {
   struct Case { V flips; int tLimit; int result; V out; V lambda; };
   const Case cases[] = {
-      {{}, -1, 1, cw, {Z, Z, Z, Z, Z}},
       {{11, 4}, -1, 1, cw, {0, 12, 13, Z, Z}},
+      {{}, -1, 1, cw, {Z, Z, Z, Z, Z}},  // a clean word reports the zero polynomial
       {{13, 12, 10}, -1, 0, flipped(cw, {13, 12, 10}), {0, 8, 7, Z, Z}},  // no roots
       {{14, 9, 4}, -1, 0, flipped(cw, {14, 9, 4}), {0, Z, Z, 0, Z}},      // S = Z,Z,0,Z: degree 3 > t
       {{11, 4}, 1, 1, flipped(cw, {11, 4, 2}), {0, 12, Z, Z, Z}},         // miscorrection
@@ -114,6 +122,16 @@ TEST_F(Gf16, DecodeBCH) {
   V constant = {0, Z, Z, Z, Z}, word = V(15, 0);
   EXPECT_EQ(t2.chienSearch(constant.data(), word.data()), 0);
   EXPECT_EQ(word, V(15, 0));
+  // (1 + alpha^5 x)(1 + alpha^13 x): both roots in the full code, but degree
+  // 13 is cut off by shortening to n = 11, which leaves one root of two.
+  GF2m& f = bchtest::gf16();
+  V locator = {0, f.add(5, 13), f.multiply(5, 13), Z, Z};
+  Probe shortened(&f, 0, 2, 1, 3);
+  ASSERT_EQ(shortened.n, 11);
+  EXPECT_EQ(shortened.chienSearch(locator.data(), word.data()), 0);
+  EXPECT_EQ(word, V(15, 0));
+  EXPECT_EQ(t2.chienSearch(locator.data(), word.data()), 1);
+  EXPECT_EQ(word, reversed(degreesToWord({5, 13})));
 }
 
 TEST_F(Gf16, DecodeForSmallT) {
