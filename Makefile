@@ -3,7 +3,7 @@
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 CMAKE_ARGS ?=
-BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev
+BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev
 
 .PHONY: deps configure build run test bench clean
 
@@ -17,7 +17,7 @@ build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 run: build
-	./$(BUILD)/apps/flashbch/flashbch
+	./$(BUILD)/apps/flashbch/flashbch simulate
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <fstream>
+#include <iomanip>
 #include <vector>
 
 void hex2binary(int value, int* bits, int w) {
@@ -105,3 +107,22 @@ void byte_and_bit_swap(const int* in, int n, int* out, int wordBits, int groupBi
   else
     std::copy(scratch.begin(), scratch.end(), out);
 }
+
+template <typename T>
+void print_2d_table_to_file(const T* const* rows, int nrows, int ncols, const std::string& file, bool append,
+                            int field_width) {
+  std::ofstream out(file, std::ios::out | (append ? std::ios::app : std::ios::trunc));
+  const int width = std::max(field_width, 0);
+  for (int r = 0; r < nrows; ++r) {
+    for (int c = 0; c < ncols; ++c) out << std::setw(width) << +rows[r][c] << " ";
+    out << "\n";
+  }
+}
+
+template void print_2d_table_to_file<bool>(const bool* const*, int, int, const std::string&, bool, int);
+template void print_2d_table_to_file<unsigned char>(const unsigned char* const*, int, int, const std::string&, bool,
+                                                    int);
+template void print_2d_table_to_file<int>(const int* const*, int, int, const std::string&, bool, int);
+template void print_2d_table_to_file<unsigned int>(const unsigned int* const*, int, int, const std::string&, bool,
+                                                   int);
+template void print_2d_table_to_file<double>(const double* const*, int, int, const std::string&, bool, int);

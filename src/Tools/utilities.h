@@ -5,6 +5,8 @@
 // or, for the _rev forms, MSB first (element 0 is the most significant).
 #pragma once
 
+#include <string>
+
 // bits[j] = bit j of value (LSB first); for j >= 32 the sign bit.
 void hex2binary(int value, int* bits, int w);
 // bits[j] = bit w-1-j of value (MSB first).
@@ -41,3 +43,15 @@ void bit_order_swap(const T* in, T* out, int n, int groupBits);
 // in and out may be the same array.
 void byte_and_bit_swap(const int* in, int n, int* out, int wordBits, int groupBits, int doByteSwap,
                        int doBitSwap);
+
+// Writes a two-dimensional table to a text file, one row per line: rows[r][c]
+// for r < nrows, c < ncols, each value followed by a blank, each row by "\n".
+// The file is truncated first unless append. field_width is the minimum width
+// of every value: a positive width right-aligns the value in that many
+// characters (wider values are written whole), 0 or less writes it bare.
+// Values take the stream's default formatting; character-sized integers print
+// as numbers and bools as 0/1. Instantiated for bool, unsigned char, int,
+// unsigned int and double.
+template <typename T>
+void print_2d_table_to_file(const T* const* rows, int nrows, int ncols, const std::string& file, bool append,
+                            int field_width);

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "Tools/FixedPoint.h"
 #include "support/testutil.h"
@@ -71,9 +73,8 @@ TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
           const long long k = m.quantise(x / q, ovf);
           const double want = repr == '2' ? k * q : std::copysign(std::fabs(k * q), x);
           ASSERT_EQ(f.get_val(), want) << x;
-          if (repr != '2') {  // only these registers have a negative zero
-            ASSERT_EQ(std::signbit(f.get_val()), std::signbit(want)) << x;
-          }
+          // Only sign-magnitude and ones' complement registers have a negative zero.
+          ASSERT_TRUE(repr == '2' || std::signbit(f.get_val()) == std::signbit(want)) << x;
           ASSERT_EQ(f.get_overflow(), ovf) << x;
           ASSERT_EQ(f.get_unsigned_word(-1), m.encode((long long)(want / q), std::signbit(want))) << x;
           ASSERT_EQ(f.get_word(), std::floor(want / q)) << x;
@@ -82,9 +83,7 @@ TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
         for (unsigned p = 0; p < 64; ++p) {
           ASSERT_EQ(f.val_from_unsigned_word(p, -1), m.decode(p) * q) << p;
           f.set_unsigned_word(p, -1);
-          if (m.decode(p) != 0) {  // negative zero reads back as +0
-            ASSERT_EQ(f.get_unsigned_word(-1), p) << p;
-          }
+          ASSERT_TRUE(m.decode(p) == 0 || f.get_unsigned_word(-1) == p) << p;  // negative zero reads back as +0
         }
         EXPECT_FALSE(f.get_overflow());
       }
@@ -109,8 +108,7 @@ TEST(FixedPoint, WorkedQuantisationCases) {
   }
   FixedPoint negZero(4, -2, "stm");
   negZero = -0.1;
-  EXPECT_TRUE(std::signbit(negZero.get_val()));
-  EXPECT_EQ(negZero.get_unsigned_word(-1), 8u);
+  EXPECT_EQ(std::make_pair(std::signbit(negZero.get_val()), negZero.get_unsigned_word(-1)), std::make_pair(true, 8u));
   negZero.set_format(4, -2, "stc");
   EXPECT_EQ(negZero.get_unsigned_word(-1), 15u);
 }
@@ -123,10 +121,9 @@ TEST(FixedPoint, ModeLettersAndFormatKey) {
   EXPECT_EQ(FixedPoint(8, 0, "slr").get_format_key(), 50331676u);
   EXPECT_EQ(FixedPoint(12, -4, "sozm").get_format_key(), 58589207u);
   EXPECT_EQ(FixedPoint(0, 0, "ulT").get_format_key(), 33554440u);
-  const FixedPoint u(8, -1, "ulr"), s(8, -1, "slr"), c(8, -1, "slrc");
-  EXPECT_EQ(u.get_max(), 127.5);
-  EXPECT_EQ(s.get_min(), -64);
-  EXPECT_EQ(c.get_min(), -63.5);
+  EXPECT_EQ(FixedPoint(8, -1, "ulr").get_max(), 127.5);
+  EXPECT_EQ(FixedPoint(8, -1, "slr").get_min(), -64);
+  EXPECT_EQ(FixedPoint(8, -1, "slrc").get_min(), -63.5);
 }
 
 TEST(FixedPoint, FormatChecksAbortWithTheSourcePath) {
@@ -151,9 +148,7 @@ TEST(FixedPoint, ParamTextAndReformatting) {
   f = 1.3;
   EXPECT_EQ(f.get_val(), 1.25);
   f.set_format(p, false);
-  EXPECT_EQ(f.get_wlen(), 0);
-  EXPECT_EQ(f.get_scale(), -3);
-  EXPECT_EQ(f.get_mode(), "slz");
+  EXPECT_EQ(std::make_tuple(f.get_wlen(), f.get_scale(), f.get_mode()), std::make_tuple(0, -3, std::string("slz")));
   EXPECT_EQ(f.get_quantum(), std::ldexp(1.0, -52));
   f = 1.3;
   EXPECT_EQ(f.get_val(), 1.3);
@@ -244,25 +239,19 @@ TEST(FixedPoint, StatisticsAndCopies) {
   EXPECT_EQ(f.get_count(), 1);
 
   FixedPoint copied(f);
-  EXPECT_FALSE(copied.get_overflow());
-  EXPECT_FALSE(copied.stats_on());
-  EXPECT_EQ(copied.get_val(), 1.0);
-  EXPECT_EQ(copied.get_format_key(), f.get_format_key());
+  EXPECT_EQ(std::make_tuple(copied.get_overflow(), copied.stats_on(), copied.get_val(), copied.get_format_key()),
+            std::make_tuple(false, false, 1.0, f.get_format_key()));
   FixedPoint target(4, 2, "uot");
   target.start_stats();
   target = 1e9;  // wraps: overflow
   target.copy(FixedPoint(6, -3, "sozc"));
-  EXPECT_TRUE(target.get_overflow());
-  EXPECT_EQ(target.get_count(), 1);
-  EXPECT_EQ(target.get_mode(), "sozc");
-  EXPECT_EQ(target.get_min(), -3.875);
+  EXPECT_EQ(std::make_tuple(target.get_overflow(), target.get_count(), target.get_mode(), target.get_min()),
+            std::make_tuple(true, 1, std::string("sozc"), -3.875));
   target.initialize(2.0);
-  EXPECT_FALSE(target.get_overflow());
-  EXPECT_FALSE(target.stats_on());
+  EXPECT_EQ(std::make_pair(target.get_overflow(), target.stats_on()), std::make_pair(false, false));
 
   f.set_part_sat_thresh(2);  // 8 bits, scale -1: reserve 2^6 LSBs of the range
-  EXPECT_EQ(f.get_part_sat_low(), -32);
-  EXPECT_EQ(f.get_part_sat_high(), 31.5);
+  EXPECT_EQ(std::make_pair(f.get_part_sat_low(), f.get_part_sat_high()), std::make_pair(-32.0, 31.5));
   FixedPoint u(8, 0, "ulr");
   u.set_part_sat_thresh(3);
   EXPECT_EQ(u.get_part_sat_high(), 255 - 32);
@@ -272,12 +261,9 @@ TEST(FixedPoint, RegistersLongerThan32BitsUse64BitWords) {
   FixedPoint f(40, 0, "sor");
   const double big = std::ldexp(1.0, 35) + 3;
   f = big;
-  EXPECT_EQ(f.get_val(), big);
-  EXPECT_EQ(f.get_word(), big);
-  EXPECT_FALSE(f.get_overflow());
+  EXPECT_EQ(std::make_tuple(f.get_val(), f.get_word(), f.get_overflow()), std::make_tuple(big, big, false));
   f = std::ldexp(1.0, 39) + 5;  // wraps to -2^39 + 5
-  EXPECT_EQ(f.get_val(), -std::ldexp(1.0, 39) + 5);
-  EXPECT_TRUE(f.get_overflow());
+  EXPECT_EQ(std::make_pair(f.get_val(), f.get_overflow()), std::make_pair(-std::ldexp(1.0, 39) + 5, true));
   EXPECT_EQ(f.get_unsigned_word(32), 0x80000000u);  // top 32 of the 40 bits
   EXPECT_EQ(f.get_unsigned_word(-1), 5u);           // low 32 bits
   EXPECT_EQ(f.val_from_unsigned_word(0x80000000u, 32), -std::ldexp(1.0, 39));

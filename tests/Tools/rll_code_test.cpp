@@ -2,7 +2,6 @@
 #include <bitset>
 #include <map>
 #include <random>
-#include <set>
 #include <sstream>
 #include <vector>
 
@@ -48,8 +47,7 @@ TEST(Rll1213, TablesFollowTheirRules) {
     if (!g0 && g1 && g2 && g3) t2[n2++] = c;
     if (g0 && !g1 && !g2 && !g3 && n3 < 32) t3[n3++] = c & 511;
   }
-  EXPECT_EQ(n1, 197);
-  EXPECT_EQ(n2, 110);
+  EXPECT_EQ(std::make_pair(n1, n2), std::make_pair(197, 110));
   t2[0] = t2[64] = -1;
   C code;
   EXPECT_EQ(Bits(code.getTable1(), code.getTable1() + 256), t1);
@@ -60,7 +58,6 @@ TEST(Rll1213, TablesFollowTheirRules) {
 TEST(Rll1213, EveryWordRoundTripsThroughItsRoute) {
   C code;
   std::map<int, int> routes;
-  std::set<Bits> codewords;
   testing::internal::CaptureStdout();
   for (int w = 0; w < 4096; ++w) {
     Bits in = bitsOf(w, 12), cw(13), back(12);
@@ -70,11 +67,9 @@ TEST(Rll1213, EveryWordRoundTripsThroughItsRoute) {
     ASSERT_EQ(back, in) << w;
     ASSERT_EQ(Bits(cw.begin(), cw.begin() + 2), Bits(in.begin(), in.begin() + 2));
     ++routes[route];
-    codewords.insert(cw);
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(routes, (std::map<int, int>{{C::ViaTable1, 3088}, {C::ViaTable2, 864}, {C::ViaTable3, 128}, {C::Escape, 16}}));
-  EXPECT_EQ(codewords.size(), 4096u);
 }
 
 // Table1 and escape codewords carry their pattern through 1/(1+D^2):
@@ -93,25 +88,17 @@ TEST(Rll1213, PrecodedRoutesExposeTheirPattern) {
 
 TEST(Rll1213, UnplaceableCodewordsDecodeToZerosAndAreFlagged) {
   C code;
-  int invalid = 0;
   for (int v = 0; v < 8192; ++v) {
     Bits cw = bitsOf(v, 13), out(12, 7), expected(12, 0);
     const bool isInvalid = code.decode(cw.data(), out.data()) == C::Invalid;
     int flag = -1;
     code.invalidCodewordFlag(cw.data(), flag);
     ASSERT_EQ(flag, isInvalid ? 1 : 0) << v;
-    expected[0] = cw[0];
-    expected[1] = cw[1];
-    if (isInvalid) {
-      ASSERT_EQ(out, expected) << v;
-    }
-    invalid += isInvalid;
+    expected[0] = cw[0], expected[1] = cw[1];
+    ASSERT_TRUE(!isInvalid || out == expected) << v;
+    // The all-zero codeword has no dense pattern in any reading.
+    ASSERT_TRUE(v != 0 || isInvalid);
   }
-  // The all-zero codeword has no dense pattern in any reading.
-  EXPECT_GT(invalid, 0);
-  int flag = 0;
-  code.invalidCodewordFlag(Bits(13, 0).data(), flag);
-  EXPECT_EQ(flag, 1);
 }
 
 TEST(Rll1213, BitHelpers) {
@@ -169,8 +156,7 @@ class Rll3031 : public ::testing::Test {
 };
 
 TEST_F(Rll3031, BlocksRoundTripWithTheStatedLayout) {
-  EXPECT_EQ(code.getK(), 30);
-  EXPECT_EQ(code.getN(), 31);
+  EXPECT_EQ(std::make_pair(code.getK(), code.getN()), std::make_pair(30, 31));
   const int blocks = 40;
   Bits in = randomBits(30 * blocks), cw(31 * blocks), back(30 * blocks);
   EXPECT_EQ(code.block_encode(in.data(), cw.data(), blocks, true), 31 * blocks);

@@ -63,10 +63,8 @@ TEST(RllPrecoder, PrecodeAndUnprecodeAreInverseAndOneTapIsIdentity) {
 }
 
 TEST(RllPrecoder, InitialDelaysSeedTheFilter) {
-  const struct {
-    int init[2];
-    int d0, d1;
-  } cases[] = {{{-1, -1}, 0, 0}, {{1, 0}, 1, 0}, {{0, 1}, 0, 1}, {{1, -1}, 1, 0}};
+  const struct { int init[2]; int d0, d1; } cases[] = {
+      {{-1, -1}, 0, 0}, {{1, 0}, 1, 0}, {{0, 1}, 0, 1}, {{1, -1}, 1, 0}};
   const Bits x{1, 0, 0, 1, 1, 0, 1};
   for (const auto& c : cases) {
     Precoder p(kDicode, 3);

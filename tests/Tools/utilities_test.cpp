@@ -13,12 +13,11 @@ namespace {
 using V = std::vector<int>;
 
 TEST(BitUtilities, WorkedConversions) {
-  V bits(4);
+  V bits(4), bits2(4);
   hex2binary_rev(6, bits.data(), 4);
-  EXPECT_EQ(bits, (V{0, 1, 1, 0}));
+  hex2binary(6, bits2.data(), 4);
+  EXPECT_EQ(std::make_pair(bits, bits2), std::make_pair(V{0, 1, 1, 0}, V{0, 1, 1, 0}));
   EXPECT_EQ(binary2hex(bits.data(), 4), 6);
-  hex2binary(6, bits.data(), 4);
-  EXPECT_EQ(bits, (V{0, 1, 1, 0}));
   hex2binary(11, bits.data(), 4);
   EXPECT_EQ(bits, (V{1, 1, 0, 1}));
   EXPECT_EQ(binary2hex_rev(bits.data(), 4), 13);
@@ -26,9 +25,7 @@ TEST(BitUtilities, WorkedConversions) {
   // Beyond 32 elements the sign bit repeats, and such elements add nothing.
   V wide(34);
   hex2binary(-2, wide.data(), 34);
-  EXPECT_EQ(V(wide.begin(), wide.begin() + 3), (V{0, 1, 1}));
-  EXPECT_EQ(wide[32], 1);
-  EXPECT_EQ(wide[33], 1);
+  EXPECT_EQ((V{wide[0], wide[1], wide[2], wide[32], wide[33]}), (V{0, 1, 1, 1, 1}));
   EXPECT_EQ(binary2hex(wide.data(), 34), -2);
   hex2binary(5, wide.data(), 34);
   EXPECT_EQ(wide[33], 0);

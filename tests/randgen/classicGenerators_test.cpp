@@ -3,14 +3,15 @@
 // caller's word must follow the first generator, and each deviate must be a
 // value of that sequence (for ran2 less the second generator's current
 // value, modulo 2147483562) that has reached the table, handed out once.
-// Then the state files, and the Gaussian, exponential and skew-normal
-// deviates built on the uniform ones.
+// Then the state files, the Gaussian, exponential and skew-normal deviates
+// built on the uniform ones, and the gamma and error functions.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -60,24 +61,17 @@ struct ShuffleReference {
   }
 };
 
+const ShuffleReference kRan1Reference{16807, 2147483647, 0, 0, 0, 0, 0.99999988, {}, {}};
+const ShuffleReference kRan2Reference{40014, 2147483563, 40692, 2147483399, 0, 0, 0.999999999988, {}, {}};
+
 TEST(ShuffledUniforms, FollowTheirComponentSequences) {
-  struct Case {
-    const char* name;
-    Gen gen;
-    ShuffleReference ref;
-    int calls;
-  };
-  Case cases[] = {
-      {"ran1", kRan1, {16807, 2147483647, 0, 0, 0, 0, 0.99999988, {}, {}}, 9960},
-      {"ran2", kRan2, {40014, 2147483563, 40692, 2147483399, 0, 0, 0.999999999988, {}, {}}, 3000},
-      {"ran2 moded", kRan2Moded, {40014, 2147483563, 40692, 2147483399, 0, 0, 0.999999999988, {}, {}}, 3000},
-  };
-  for (Case& c : cases) {
+  for (const Gen* gen : {&kRan1, &kRan2, &kRan2Moded}) {
+    ShuffleReference ref = gen == &kRan1 ? kRan1Reference : kRan2Reference;
     long seed = -12345;
-    c.ref.restart(12345);
-    for (int call = 0; call < c.calls; ++call) {
-      const double u = c.gen(&seed);
-      ASSERT_NO_FATAL_FAILURE(c.ref.check(u, seed)) << c.name << ", call " << call;
+    ref.restart(12345);
+    for (int call = 0; call < 3000; ++call) {
+      const double u = (*gen)(&seed);
+      ASSERT_NO_FATAL_FAILURE(ref.check(u, seed)) << "call " << call;
     }
   }
   // Park and Miller's published check: x(10000) = 1043618065 from x(0) = 1.
@@ -104,7 +98,7 @@ TEST(ShuffledUniforms, RestartsUseThe32BitWord) {
 TEST(Ran2State, FileRoundTrip) {
   qfbtest::ScratchDir dir;
   long seed = -777;
-  ShuffleReference ref{40014, 2147483563, 40692, 2147483399, 0, 0, 0.999999999988, {}, {}};
+  ShuffleReference ref = kRan2Reference;
   ref.restart(777);
   for (int i = 0; i < 20; ++i) {
     const double u = ran2(&seed, 0);
@@ -118,8 +112,7 @@ TEST(Ran2State, FileRoundTrip) {
   std::vector<std::int64_t> lines;
   for (std::int64_t v; in >> v;) lines.push_back(v);
   ASSERT_EQ(lines.size(), 35u);
-  EXPECT_EQ(lines[0], ref.x2);
-  EXPECT_EQ(lines[2], 32);
+  EXPECT_EQ(std::make_pair(lines[0], lines[2]), std::make_pair(ref.x2, std::int64_t{32}));
   for (size_t k = 3; k < 35; ++k) EXPECT_TRUE(ref.tabled.count(lines[k]) && !ref.handedOut.count(lines[k]));
 
   run(kRan2Moded, -5, 30);
@@ -130,10 +123,13 @@ TEST(Ran2State, FileRoundTrip) {
   const std::string good = qfbtest::readFile("rand2_seed.txt");
   std::string table;
   for (int k = 0; k < 32; ++k) table += "1000\n";
-  const std::string bad[] = {
-      "", "5\n6\n", "5\n6\n32\n" + table.substr(5), "5\n6\n32\nabc\n" + table, "5\n-6\n32\n" + table,
-      "5\n6\n32\n2147483563\n" + table, "5\n6\n32\n99999999999\n" + table,
-  };
+  const std::string bad[] = {"",
+                             "5\n6\n",
+                             "5\n6\n32\n" + table.substr(5),
+                             "5\n6\n32\nabc\n" + table,
+                             "5\n-6\n32\n" + table,
+                             "5\n6\n32\n2147483563\n" + table,
+                             "5\n6\n32\n99999999999\n" + table};
   for (const std::string& text : bad) {
     qfbtest::writeFile("rand2_seed.txt", good);
     ASSERT_EQ(ran2(&seed, 2), 0.0);
@@ -210,34 +206,23 @@ TEST(Deviates, GaussianPairsExponentialAndSkewNormal) {
   for (int i = 0; i < 1000; ++i) ASSERT_NEAR(std::exp(-e[i]), u[i], 1e-15);
 }
 
-TEST(Deviates, MomentsAndSupport) {
+// The skew-normal law itself, independently of the formula above: mean
+// delta*sqrt(2/pi), variance 1 - 2 delta^2/pi, and one-sided at delta = +-1.
+TEST(Deviates, SkewNormalMomentsAndSupport) {
   constexpr int n = 100000;
-  const double pi = std::acos(-1.0), d = 0.6, inf = HUGE_VAL;
-  struct Case {
-    const char* name;
-    Gen draw;
-    double mean, variance, lowest, highest;
-  };
-  const Case cases[] = {
-      {"gasdev", [](long* s) { return gasdev(s); }, 0, 1, -inf, inf},
-      {"expdev", [](long* s) { return expdev(s); }, 1, 1, 0, inf},
-      {"skew 0.6", [d](long* s) { return skewedNormal(float(d), s); }, d * std::sqrt(2 / pi), 1 - 2 * d * d / pi,
-       -inf, inf},
-      {"skew 1", [](long* s) { return skewedNormal(1.0f, s); }, std::sqrt(2 / pi), 1 - 2 / pi, 0, inf},
-      {"skew -1", [](long* s) { return skewedNormal(-1.0f, s); }, -std::sqrt(2 / pi), 1 - 2 / pi, -inf, 0},
-  };
-  for (const Case& c : cases) {
+  const double pi = std::acos(-1.0);
+  for (const float delta : {0.6f, 1.0f, -1.0f}) {
     long seed = -99;
     double sum = 0, sum2 = 0;
     for (int i = 0; i < n; ++i) {
-      const double x = c.draw(&seed);
-      ASSERT_TRUE(x >= c.lowest && x <= c.highest) << c.name << ": " << x;
+      const double x = skewedNormal(delta, &seed);
+      ASSERT_TRUE(std::fabs(delta) < 1 || x * delta >= 0) << delta << ": " << x;
       sum += x, sum2 += x * x;
     }
-    const double mean = sum / n, variance = sum2 / n - mean * mean;
+    const double mean = sum / n, variance = sum2 / n - mean * mean, want = 1 - 2 * delta * delta / pi;
     // Five standard errors; the variance bound allows a kurtosis up to 9.
-    EXPECT_NEAR(mean, c.mean, 5 * std::sqrt(c.variance / n)) << c.name;
-    EXPECT_NEAR(variance, c.variance, 5 * c.variance * std::sqrt(8.0 / n)) << c.name;
+    EXPECT_NEAR(mean, delta * std::sqrt(2 / pi), 5 * std::sqrt(want / n)) << delta;
+    EXPECT_NEAR(variance, want, 5 * want * std::sqrt(8.0 / n)) << delta;
   }
 }
 
@@ -289,6 +274,84 @@ TEST(GasdevState, FilesRoundTrip) {
   EXPECT_EQ(draw(10), expected);
   std::remove("gasdev_seed.txt");
   EXPECT_EQ(gasdev(&seed, 2), -1.0);
+}
+
+// The gamma-function family and the error function against the standard
+// library and closed forms of P(a, x) for integer and half-integer a.
+TEST(GammaErf, GammlnMatchesLgamma) {
+  for (double x = 0.05; x < 180; x *= 1.1) {
+    const double expected = std::lgamma(x);
+    ASSERT_NEAR(gammln(x), expected, 1e-10 * std::fmax(1.0, std::fabs(expected))) << x;
+  }
+}
+
+TEST(GammaErf, GammpMatchesClosedForms) {
+  struct Case {
+    double a;
+    std::function<double(double)> p;
+  };
+  const Case cases[] = {
+      {0.5, [](double x) { return std::erf(std::sqrt(x)); }},
+      {1.0, [](double x) { return 1 - std::exp(-x); }},
+      {2.0, [](double x) { return 1 - std::exp(-x) * (1 + x); }},
+      {3.0, [](double x) { return 1 - std::exp(-x) * (1 + x + x * x / 2); }},
+  };
+  // The grid straddles x = a + 1, where the series hands over to the fraction.
+  for (const Case& c : cases)
+    for (double x = 0.0; x <= 30.0; x += 0.05) ASSERT_NEAR(gammp(c.a, x), c.p(x), 1e-7) << c.a << ", " << x;
+}
+
+TEST(GammaErf, ErffMatchesErf) {
+  EXPECT_EQ(erff(0.0), 0.0);
+  for (double x = 0.01; x <= 6.0; x += 0.01) {
+    ASSERT_NEAR(erff(x), std::erf(x), 1e-7) << x;
+    ASSERT_EQ(erff(-x), -erff(x)) << x;
+  }
+  EXPECT_EQ(erff(HUGE_VAL), 1.0);
+  EXPECT_EQ(erff(-HUGE_VAL), -1.0);
+}
+
+TEST(GammaErf, ErfinvInvertsErf) {
+  // Both branches of the first guess, their seam at 0.7, and deep into the tails.
+  for (double y = -0.99999; y <= 0.99999; y += 0.00037) ASSERT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
+  for (double y : {-0.7, 0.7, 1 - 1e-9, -1 + 1e-9}) EXPECT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
+  EXPECT_EQ(erfinv(1.0), 3.4028234663852886e+38);  // FLT_MAX
+  EXPECT_EQ(erfinv(-1.0), -std::numeric_limits<float>::max());
+  EXPECT_TRUE(std::isnan(erfinv(std::nan(""))));
+}
+
+TEST(GammaErfDeathTest, ErfinvOutsideItsDomainExitsSilently) {
+  for (double y : {1.0000001, -1.5, HUGE_VAL}) EXPECT_EXIT_PRINTS(erfinv(y), 255, "");
+}
+
+TEST(GammaErf, OddArgumentsAndNonConvergence) {
+  struct Case { double a, x; const char* printed; };
+  const std::string stars = "****************************** hi ***********************\n";
+  const std::string invalid = "Invalid arguments in routine gammp\n";
+  const Case cases[] = {
+      {1.0, 2.0, ""},
+      {1.0, -1.0, invalid.c_str()},
+      {-1.0, 1.0, invalid.c_str()},
+      {0.0, 5.0, invalid.c_str()},
+      {10000.0, 10002.0, stars.c_str()},  // the fraction needs ~sqrt(a) steps
+      {10000.0, 9999.0, ""},              // so does the series, which stays silent
+  };
+  for (const Case& c : cases) {
+    ::testing::internal::CaptureStdout();
+    gammp(c.a, c.x);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), c.printed) << c.a << ", " << c.x;
+  }
+  EXPECT_EQ(gammp(1.0, -1.0), 0.0);  // the invalid argument is reported, then used
+  // A series that does not converge leaves its result untouched; gammp says NaN.
+  double sentinel = 42.0, gln = 0.0;
+  gser(&sentinel, 10000.0, 9999.0, &gln);
+  EXPECT_EQ(sentinel, 42.0);
+  EXPECT_NEAR(gln, std::lgamma(10000.0), 1e-6);
+  EXPECT_TRUE(std::isnan(gammp(10000.0, 9999.0)));
+  // The fraction keeps the value it reached, near the median of Gamma(10000).
+  ::testing::internal::CaptureStdout();
+  EXPECT_NEAR(gammp(10000.0, 10002.0), 0.5, 0.05);
+  ::testing::internal::GetCapturedStdout();
 }
 
 }  // namespace

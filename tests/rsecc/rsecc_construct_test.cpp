@@ -7,37 +7,21 @@
 #include <vector>
 
 #include "Tools/code30_31nrz_v2.h"
-#include "gf/gf2m.h"
-#include "rsecc/rsecc.h"
+#include "rsecc_helpers.h"
 #include "support/testutil.h"
 
 namespace {
 
-const int kP4[] = {1, 0, 0, 1, 1};
-const int kP8[] = {1, 0, 0, 0, 1, 1, 1, 0, 1};  // x^8 + x^4 + x^3 + x^2 + 1
-
-GF2m makeField4() { return GF2m(4, kP4, 4, static_cast<const char*>(nullptr)); }
-
-// r(x) at alpha^e by Horner, leading first: an evaluation independent of the
-// codec's own routines.
-int evalHorner(GF& f, const std::vector<int>& w, int e) {
-  int acc = f.getZero();
-  for (int c : w) acc = f.add(f.multiply(acc, e), c);
-  return acc;
-}
+using namespace rstest;
 
 TEST(RseccConstruct, GeneratorsOfTheWorkedExamples) {
-  GF2m f = makeField4();
-  struct Case { int t, nParity, b0; std::vector<int> g; };
-  const Case cases[] = {
-      {1, 2, 0, {0, 4, 1}},
-      {2, 4, 0, {0, 12, 4, 0, 6}},
-      {2, 4, 1, {0, 13, 6, 3, 10}},
-      {2, -1, 1, {0, 13, 6, 3, 10}},
-  };
+  GF2m f = field(4);
+  struct Case { int t, nParity, b0; V g; };
+  const Case cases[] = {{1, 2, 0, {0, 4, 1}}, {2, 4, 0, {0, 12, 4, 0, 6}}, {2, 4, 1, {0, 13, 6, 3, 10}},
+                        {2, -1, 1, {0, 13, 6, 3, 10}}};
   for (const Case& c : cases) {
     RSECC rs(&f, c.t, c.nParity, false, c.b0);
-    std::vector<int> g(c.g.size());
+    V g(c.g.size());
     rs.getGenPoly(g.data(), int(g.size()));
     EXPECT_EQ(g, c.g) << "t=" << c.t << " b0=" << c.b0;
     EXPECT_EQ(rs.getNParity(), int(c.g.size()) - 1);
@@ -45,14 +29,12 @@ TEST(RseccConstruct, GeneratorsOfTheWorkedExamples) {
 }
 
 TEST(RseccConstruct, ParityCountWarnings) {
-  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
+  GF2m f = field(8);
   struct Case { int nParity; std::string text; bool trueTest; };
-  const Case cases[] = {
-      {-1, "", false},
-      {8, "", false},
-      {6, "RSECC::RSECC: _nPritySymbols is less than the 2*t\n", false},
-      {9, "ADV ECC::USING TRUE VALIDITY TEST\n", true},
-  };
+  const Case cases[] = {{-1, "", false},
+                        {8, "", false},
+                        {6, "RSECC::RSECC: _nPritySymbols is less than the 2*t\n", false},
+                        {9, "ADV ECC::USING TRUE VALIDITY TEST\n", true}};
   for (const Case& c : cases) {
     testing::internal::CaptureStdout();
     RSECC rs(&f, 4, c.nParity, false, 0);
@@ -64,59 +46,58 @@ TEST(RseccConstruct, ParityCountWarnings) {
 }
 
 TEST(RseccConstruct, FieldCopyOutlivesTheCallersField) {
-  auto* f = new GF2m(4, kP4, 4, static_cast<const char*>(nullptr));
+  auto* f = new GF2m(field(4));
   RSECC rs(f, 1, 2, false, 0);
   delete f;
   const int msg[3] = {0, 0, 0};
   int cw[5];
   rs.encode(msg, 3, cw, 5);
-  EXPECT_EQ(std::vector<int>(cw, cw + 5), (std::vector<int>{0, 0, 0, 7, 9}));
+  EXPECT_EQ(V(cw, cw + 5), (V{0, 0, 0, 7, 9}));
 }
 
 TEST(RseccConstruct, ScheduleHoldsTheStoredPairs) {
-  GF2m f = makeField4();
+  GF2m f = field(4);
   RSECC rs(&f, 2, -1, false, 0);
-  const std::vector<int> s = rs.getSchedule();
+  const V s = rs.getSchedule();
   ASSERT_EQ(s.size(), 70u * 24u);
-  const std::vector<int> row34 = {4, 2, 4, 1, 5, 1, 5, 2, 2, 1, 3, 1}, row66 = {6, 1, 3, 1, 1, 1, 2, 1};
-  EXPECT_EQ(std::vector<int>(s.begin() + 5 * 24, s.begin() + 5 * 24 + 5), (std::vector<int>{4, 2, 4, 1, 0}));
+  const V row34 = {4, 2, 4, 1, 5, 1, 5, 2, 2, 1, 3, 1}, row66 = {6, 1, 3, 1, 1, 1, 2, 1};
+  EXPECT_EQ(V(s.begin() + 5 * 24, s.begin() + 5 * 24 + 5), (V{4, 2, 4, 1, 0}));
   EXPECT_TRUE(std::equal(row34.begin(), row34.end(), s.begin() + 34 * 24));
   EXPECT_TRUE(std::equal(row66.begin(), row66.end(), s.begin() + 66 * 24));
-  EXPECT_EQ(s[69 * 24 + 15], 1);
-  EXPECT_EQ(s[69 * 24 + 16], 0);
+  EXPECT_EQ(std::make_pair(s[69 * 24 + 15], s[69 * 24 + 16]), std::make_pair(1, 0));
 }
 
 TEST(RseccConstruct, EncodersAndCodewordTest) {
-  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
+  GF2m f = field(8);
   std::mt19937 rng(1);
   for (int b0 : {0, 1}) {
     RSECC rs(&f, 3, 7, false, b0);
     const int k = 20, n = 27;
-    std::vector<int> msg(k), cw(n), dummy(n), zeros(k, 255);
+    V msg(k), cw(n), dummy(n), zeros(k, 255);
     for (int& s : msg) s = int(rng() % 256);
     rs.encode(msg.data(), k, cw.data(), n);
     rs.dummyEncoder(msg.data(), k, dummy.data(), n);
-    EXPECT_EQ(std::vector<int>(cw.begin(), cw.begin() + k), msg);
+    EXPECT_EQ(V(cw.begin(), cw.begin() + k), msg);
     EXPECT_EQ(rs.isValidCodeword(cw.data(), n), 1);
     for (int j = 0; j < 7; ++j) EXPECT_EQ(evalHorner(f, cw, b0 + j), 255) << j;
     // The dummy word shares the message and the first parity symbol, and
     // has alpha^1 .. alpha^(nParity-1) as roots whatever b0 is.
-    EXPECT_EQ(std::vector<int>(dummy.begin(), dummy.begin() + k + 1),
-              std::vector<int>(cw.begin(), cw.begin() + k + 1));
+    EXPECT_EQ(V(dummy.begin(), dummy.begin() + k + 1),
+              V(cw.begin(), cw.begin() + k + 1));
     for (int e = 1; e < 7; ++e) EXPECT_EQ(evalHorner(f, dummy, e), 255) << e;
     for (int i : {0, k, n - 1}) {
-      std::vector<int> bad = cw;
+      V bad = cw;
       bad[i] = f.add(bad[i], 17);
       EXPECT_EQ(rs.isValidCodeword(bad.data(), n), 0) << i;
     }
     rs.encode(zeros.data(), k, cw.data(), n);
-    EXPECT_EQ(cw, std::vector<int>(n, 255));
+    EXPECT_EQ(cw, V(n, 255));
   }
 }
 
 TEST(RseccConstruct, GeneratorLogFileLists22Generators) {
   qfbtest::ScratchDir dir;
-  GF2m f(8, kP8, 8, static_cast<const char*>(nullptr));
+  GF2m f = field(8);
   RSECC rs(&f, 2, -1, false, 1);
   rs.logValidRsEccGenPoly();
   std::istringstream in(qfbtest::readFile("validRsEccGenPoly.txt"));
@@ -131,7 +112,7 @@ TEST(RseccConstruct, GeneratorLogFileLists22Generators) {
     const int degree = 32 + 4 * (i % 11) + i / 11;
     ASSERT_EQ(text.back(), ' ');
     std::istringstream numbers(text);
-    std::vector<int> g;
+    V g;
     for (int v; numbers >> v;) g.push_back(f.int2Exp(v));
     ASSERT_EQ(int(g.size()), degree + 1);
     EXPECT_EQ(g[0], 0);
@@ -140,17 +121,17 @@ TEST(RseccConstruct, GeneratorLogFileLists22Generators) {
 }
 
 TEST(RseccConstruct, RunLengthLimitedPassThrough) {
-  GF2m f = makeField4();
+  GF2m f = field(4);
   RSECC rs(&f, 1, 2, false, 0);
   Code30_31nrz_v2 reference;
   std::mt19937 rng(6);
   struct Case { int nIn, nCoded; };
   for (const Case c : {Case{60, 62}, Case{70, 72}, Case{80, 83}}) {
-    std::vector<int> in(c.nIn), coded(c.nCoded + 5, -1), back(c.nIn, -1), first(31);
+    V in(c.nIn), coded(c.nCoded + 5, -1), back(c.nIn, -1), first(31);
     for (int& b : in) b = int(rng() & 1);
     rs.lrRllEncode(in.data(), c.nIn, coded.data(), c.nCoded);
     reference.encode(in.data(), first.data(), true);
-    EXPECT_EQ(std::vector<int>(coded.begin(), coded.begin() + 31), first);
+    EXPECT_EQ(V(coded.begin(), coded.begin() + 31), first);
     EXPECT_EQ(coded[c.nCoded], -1);
     rs.lrRllDecode(coded.data(), c.nCoded, back.data(), c.nIn);
     EXPECT_EQ(back, in) << c.nIn;
@@ -158,20 +139,18 @@ TEST(RseccConstruct, RunLengthLimitedPassThrough) {
 }
 
 TEST(RseccConstruct, BitAndSymbolPacking) {
-  GF2m f = makeField4();
+  GF2m f = field(4);
   RSECC rs(&f, 1, 2, false, 0);
   const int bits[6] = {1, 0, 1, 1, 1, 0};
   int symbols[2];
   rs.bitStream2symbolStream(bits, 6, symbols, 2, 4);
-  EXPECT_EQ(symbols[0], f.int2Exp(11));
-  EXPECT_EQ(symbols[1], f.int2Exp(2));  // a short last group is a 2-bit number
+  EXPECT_EQ(V(symbols, symbols + 2), (V{f.int2Exp(11), f.int2Exp(2)}));  // a short last group is a 2-bit number
   int out[6] = {};
   rs.symbolStream2bitStream(symbols, 2, out, 6, 4);
-  EXPECT_EQ(std::vector<int>(out, out + 6), std::vector<int>(bits, bits + 6));
+  EXPECT_EQ(V(out, out + 6), V(bits, bits + 6));
   const int antipodal[8] = {1, -1, 1, 1, -1, -1, -1, 1};
   rs.bitStream2symbolStreamReverseOrderInt(antipodal, 0, symbols, 2, 4);
-  EXPECT_EQ(symbols[0], 11);
-  EXPECT_EQ(symbols[1], 1);
+  EXPECT_EQ(V(symbols, symbols + 2), (V{11, 1}));
 }
 
 }  // namespace

@@ -1,0 +1,135 @@
+// Sweeps and layouts as typed on the command line: what they expand to and
+// how a bad one is reported (the message names the flag).
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "blockLayout.h"
+#include "sweep.h"
+#include "usageError.h"
+
+namespace {
+
+using namespace flashbch;
+
+TEST(Sweep, Expansions) {
+  struct Case {
+    const char* text;
+    SweepKind kind;
+    std::vector<double> points;
+  } cases[] = {
+      {"13:0.5:15", SweepKind::Real, {13, 13.5, 14, 14.5, 15}},
+      {"15:-0.5:14", SweepKind::Real, {15, 14.5, 14}},
+      {"0.1:0.1:0.3", SweepKind::Probability, {0.1, 0.2, 0.3}},
+      {"1e-3:2:8e-3", SweepKind::Probability, {1e-3, 2e-3, 4e-3, 8e-3}},
+      {"1e-5:10:1e-2", SweepKind::Probability, {1e-5, 1e-4, 1e-3, 1e-2}},
+      {"1e-3:*2:5e-3", SweepKind::Probability, {1e-3, 2e-3, 4e-3}},
+      {"4:x0.5:1", SweepKind::Real, {4, 2, 1}},
+      {"8:8:72", SweepKind::Integer, {8, 16, 24, 32, 40, 48, 56, 64, 72}},
+      {"3,1,2", SweepKind::Integer, {3, 1, 2}},
+      {"14.5", SweepKind::Real, {14.5}},
+  };
+  for (const Case& c : cases) {
+    const std::vector<double> got = parseSweep("--x", c.text, c.kind, 0, 100);
+    ASSERT_EQ(got.size(), c.points.size()) << c.text;
+    for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], c.points[i], 1e-12 * c.points[i]) << c.text;
+  }
+}
+
+TEST(Sweep, RejectionsNameTheFlag) {
+  struct Case {
+    const char* text;
+    SweepKind kind;
+    const char* message;
+  } cases[] = {
+      {"1:2", SweepKind::Real, "--x: cannot read '1:2'"},
+      {"a:1:2", SweepKind::Real, "--x: cannot read 'a:1:2'"},
+      {"1,,2", SweepKind::Real, "--x: cannot read '1,,2'"},
+      {"1:0:2", SweepKind::Real, "--x: STEP must not be 0"},
+      {"1:1:0", SweepKind::Real, "--x: STEP leads away from STOP"},
+      {"1:*1:5", SweepKind::Real, "--x: a ratio sweep needs"},
+      {"1:*2:0.5", SweepKind::Real, "--x: FACTOR leads away from STOP"},
+      {"1.5", SweepKind::Integer, "--x: cannot read '1.5'"},
+      {"1:*2:8", SweepKind::Integer, "--x: cannot read"},
+      {"50:10:150", SweepKind::Real, "--x: 110 is outside the accepted range 0 .. 100"},
+      {"0:0.01:100", SweepKind::Real, "--x: '0:0.01:100' makes more than 1000 points"},
+      {"1e-300:*10:1e300", SweepKind::Real, "--x: '1e-300:*10:1e300' makes more than 1000 points"},
+  };
+  for (const Case& c : cases) {
+    try {
+      parseSweep("--x", c.text, c.kind, 0, 100);
+      ADD_FAILURE() << c.text << " was accepted";
+    } catch (const UsageError& e) {
+      EXPECT_EQ(std::string(e.what()).rfind(c.message, 0), 0u) << e.what();
+    }
+  }
+}
+
+TEST(Layout, Expansions) {
+  EXPECT_EQ(parseLayout("4x8192"), std::vector<int>(4, 8192));
+  EXPECT_EQ(parseLayout("8192,4096"), (std::vector<int>{8192, 4096}));
+  EXPECT_EQ(parseLayout("2x100,7,1x9"), (std::vector<int>{100, 100, 7, 9}));
+}
+
+TEST(Layout, RejectionsNameTheFlag) {
+  for (const char* text : {"", "4x", "x8", "0x5", "4y8", "-3", "4x0", "8192,"}) {
+    try {
+      parseLayout(text);
+      ADD_FAILURE() << "'" << text << "' was accepted";
+    } catch (const UsageError& e) {
+      EXPECT_EQ(std::string(e.what()).rfind("--layout: cannot read", 0), 0u) << e.what();
+    }
+  }
+}
+
+TEST(Layout, CodewordCountIsBounded) {
+  try {
+    parseLayout("8,2147483647x8");
+    ADD_FAILURE() << "accepted";
+  } catch (const UsageError& e) {
+    EXPECT_EQ(std::string(e.what()), "--layout: more than 4096 codewords in '8,2147483647x8'");
+  }
+}
+
+TEST(Layout, RangesDependOnT) {
+  struct Case {
+    std::vector<int> bits;
+    int t;
+    bool wholeBytes;
+    const char* message;  // nullptr: accepted
+  } cases[] = {
+      {{32767 - 600}, 40, false, nullptr},
+      {{32767 - 599},
+       40,
+       false,
+       "--layout: codeword 0 has 32168 data bits; with t = 40 the accepted range is 1 .. 32167"},
+      {{1024}, 0, false, "--t: 0 is outside the accepted range 1 .. 128"},
+      {{1024}, 129, false, "--t: 129 is outside the accepted range 1 .. 128"},
+      {{1024, 1001}, 8, true, "--layout: codeword 1 has 1001 data bits; page images need whole bytes"},
+      {{1024, 1001}, 8, false, nullptr},
+  };
+  for (const Case& c : cases) {
+    try {
+      const BlockLayout layout = makeLayout(c.bits, c.t, c.wholeBytes);
+      EXPECT_EQ(c.message, nullptr) << "accepted";
+    } catch (const UsageError& e) {
+      ASSERT_NE(c.message, nullptr) << e.what();
+      EXPECT_EQ(std::string(e.what()).rfind(c.message, 0), 0u) << e.what();
+    }
+  }
+}
+
+TEST(Layout, Geometry) {
+  // t = 5: 75 parity bits stored in 80; codewords of 100 and 200 data bits.
+  const BlockLayout layout = makeLayout({100, 200}, 5, false);
+  EXPECT_EQ(layout.parityBits(), 75);
+  EXPECT_EQ(layout.storedParityBits(), 80);
+  EXPECT_EQ(layout.storedOffset(1), 180);
+  EXPECT_EQ(layout.dataOffset(1), 100);
+  EXPECT_EQ(layout.blockStoredBits(), 460);
+  EXPECT_EQ(layout.codeLength(1), 275);
+  EXPECT_EQ(layout.describe(), "100,200");
+  EXPECT_EQ(makeLayout({64, 64}, 1, false).describe(), "2x64");
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+// Page image geometry, bit order and file checks, without the command line.
+#include "pageImage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "usageError.h"
+
+namespace {
+
+using namespace flashbch;
+
+std::string messageOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const UsageError& e) {
+    return e.what();
+  }
+  return "(accepted)";
+}
+
+TEST(PageImage, BitsAreMostSignificantFirst) {
+  const std::uint8_t bytes[2] = {0xA1, 0x0F};
+  int bits[16];
+  bytesToBits(bytes, 2, bits);
+  const int expected[16] = {1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 1, 1};
+  EXPECT_TRUE(std::equal(bits, bits + 16, expected));
+  std::uint8_t back[2];
+  bitsToBytes(bits, 2, back);
+  EXPECT_EQ(back[0], 0xA1);
+  EXPECT_EQ(back[1], 0x0F);
+}
+
+TEST(PageImage, BlockCountAndPartialBlock) {
+  EXPECT_EQ(countBlocks("f", 3 * 276, 276), 3);
+  EXPECT_EQ(messageOf([] { countBlocks("f.bin", 2 * 276 + 5, 276); }),
+            "f.bin: trailing partial block at byte offset 552 (5 bytes; a block takes 276 bytes)");
+  EXPECT_EQ(messageOf([] { countBlocks("f.bin", 0, 276); }), "f.bin: the file is empty; it holds no block");
+}
+
+TEST(PageImage, SwapChecksNameTheFlag) {
+  const BlockLayout layout = makeLayout({1024, 1024}, 5, true);  // 2208 image bits
+  struct Case {
+    int word, group;
+    const char* prefix;  // nullptr: accepted
+  } cases[] = {
+      {32, 8, nullptr},           {16, 2208, nullptr},      {12, 0, "--byte-swap: 12"},   {8, 0, "--byte-swap: 8 "},
+      {64, 0, "--byte-swap: 64"}, {0, 1, "--bit-swap: 1 "}, {0, 2209, "--bit-swap: 2209"}};
+  for (const Case& c : cases) {
+    const std::string message = messageOf([&] { checkBitOrder({c.word, c.group}, layout); });
+    if (c.prefix)
+      EXPECT_EQ(message.rfind(c.prefix, 0), 0u) << message;
+    else
+      EXPECT_EQ(message, "(accepted)");
+  }
+}
+
+TEST(PageImage, SwappedImageIsTheControllerOrderOfThePlainOne) {
+  // Bytes reversed within 4-byte words, then the bits of each byte reversed.
+  const BlockLayout layout = makeLayout({1024, 1024}, 5, true);
+  PageCodec plain(layout, {}), swapped(layout, {32, 8});
+  std::mt19937 rng(7);
+  std::vector<std::uint8_t> data(static_cast<size_t>(plain.dataBytes()));
+  for (auto& b : data) b = static_cast<std::uint8_t>(rng());
+  std::vector<std::uint8_t> a(static_cast<size_t>(plain.imageBytes())), b(a.size());
+  plain.encodeBlock(data.data(), a.data());
+  swapped.encodeBlock(data.data(), b.data());
+  for (size_t i = 0; i < a.size(); ++i) {
+    std::uint8_t source = a[i / 4 * 4 + 3 - i % 4], reversed = 0;
+    for (int j = 0; j < 8; ++j) reversed = static_cast<std::uint8_t>(reversed | (((source >> j) & 1) << (7 - j)));
+    ASSERT_EQ(b[i], reversed) << "byte " << i;
+  }
+  std::vector<std::uint8_t> out(data.size());
+  const BlockReport report = swapped.decodeBlock(b.data(), out.data(), 5);
+  EXPECT_EQ(out, data);
+  EXPECT_FALSE(report.hasUncorrectable());
+}
+
+}  // namespace
