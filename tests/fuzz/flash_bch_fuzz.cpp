@@ -3,11 +3,10 @@
 //
 // A layout: 1 .. 4 codewords, t in 0 .. 128, bypass, byte-aligned parity,
 // tDecode in -1 .. t+1 (above t is capped to t), lengthUnit 0 or 1 .. 128,
-// placement 0 or 1. Data lengths run from 1 to 1024 bits: long enough to
-// reach every path of the adapter while a search step stays in the
-// milliseconds even at t = 128 (all such codes fit GF(2^15): k + 15t stays
-// far below 32767). One FlashBCH is configured again and again, as a host
-// does.
+// placement 0 or 1. Data lengths run from 1 to 1024 bits (256 for t above
+// 16): long enough to reach every path of the adapter, and every such code
+// fits GF(2^15) (k + 15t stays far below 32767). One FlashBCH is configured
+// again and again, as a host does.
 //
 // Each layout decodes two received blocks: one encoded here from
 // input-derived data with at most tDecode flipped bits in each codeword
@@ -45,13 +44,15 @@ struct Layout {
 
 Layout drawLayout(FuzzedDataProvider& in) {
   Layout l;
-  l.lengths.resize(static_cast<size_t>(in.ConsumeIntegralInRange<int>(1, 4)));
-  for (int& len : l.lengths) len = in.ConsumeIntegralInRange<int>(1, 1024);
-  // Building a code's generator costs roughly t^2; most draws keep t small
-  // so that the search stays quick; one in sixteen covers the whole range
-  // (t = 128 costs some 100 ms per code under the sanitizers).
-  l.t = in.ConsumeIntegralInRange<int>(0, 15) == 0 ? in.ConsumeIntegralInRange<int>(0, 128)
-                                                    : in.ConsumeIntegralInRange<int>(0, 16);
+  // A code's cost grows with t (its generator, encoder, syndromes and
+  // search), so most layouts keep t small and data up to 1024 bits; one in
+  // 64 takes t anywhere in 0 .. 128, with up to two codewords of up to 256
+  // bits, which still reaches every path while one input stays near 0.1 s
+  // under the sanitizers.
+  const bool wideT = in.ConsumeIntegralInRange<int>(0, 63) == 0;
+  l.t = wideT ? in.ConsumeIntegralInRange<int>(0, 128) : in.ConsumeIntegralInRange<int>(0, 16);
+  l.lengths.resize(static_cast<size_t>(in.ConsumeIntegralInRange<int>(1, wideT ? 2 : 4)));
+  for (int& len : l.lengths) len = in.ConsumeIntegralInRange<int>(1, wideT ? 256 : 1024);
   l.bypass = in.ConsumeIntegralInRange<int>(0, 7) == 0;
   l.byteAlign = in.ConsumeBool();
   l.tDecode = in.ConsumeIntegralInRange<int>(-1, l.t + 1);
