@@ -1,0 +1,79 @@
+// Packed bit strings: bit i of a string is bit 7 - (i mod 8) of byte i/8,
+// so the first bit is the most significant bit of the first byte. A word
+// of the BCH code packed this way starts with its highest-degree
+// coefficient, the order of the int-per-bit interface.
+//
+// Loads assemble bytes by shifts, never by reinterpreting memory, so they
+// are alignment- and endian-free.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace packedbits {
+
+inline size_t bytesFor(size_t bits) { return (bits + 7) / 8; }
+
+// `count` (1..64) bits starting at bit `offset`, right-aligned, first bit
+// highest. Reads only the bytes that hold those bits.
+inline uint64_t load(const uint8_t* s, size_t offset, int count) {
+  const uint8_t* p = s + offset / 8;
+  const int skip = static_cast<int>(offset % 8);
+  const int bytes = (skip + count + 7) / 8;
+  uint64_t v = 0;
+  for (int i = 0; i < bytes && i < 8; ++i) v = (v << 8) | p[i];
+  // bytes*8 bits are loaded (at most 64 here); a ninth byte adds its top bits.
+  const int loaded = bytes < 8 ? bytes * 8 : 64;
+  if (bytes == 9) {
+    v = (v << skip) | (p[8] >> (8 - skip));
+    return count == 64 ? v : v >> (64 - count);
+  }
+  v >>= loaded - skip - count;
+  return count == 64 ? v : v & ((uint64_t{1} << count) - 1);
+}
+
+// Packs `count` ints (non-zero = 1) into dst from bit 0; the tail of the last
+// byte is cleared. Returns true when every int was 0 or 1.
+inline bool packInts(const int* src, size_t count, uint8_t* dst) {
+  unsigned odd = 0;
+  size_t i = 0;
+  for (; i + 8 <= count; i += 8, ++dst) {
+    const int* s = src + i;
+    odd |= static_cast<unsigned>(s[0] | s[1] | s[2] | s[3] | s[4] | s[5] | s[6] | s[7]);
+    *dst = static_cast<uint8_t>((s[0] != 0) << 7 | (s[1] != 0) << 6 | (s[2] != 0) << 5 | (s[3] != 0) << 4 |
+                                (s[4] != 0) << 3 | (s[5] != 0) << 2 | (s[6] != 0) << 1 | (s[7] != 0));
+  }
+  if (i < count) {
+    unsigned byte = 0;
+    for (int j = 0; i < count; ++i, ++j) {
+      odd |= static_cast<unsigned>(src[i]);
+      byte |= static_cast<unsigned>(src[i] != 0) << (7 - j);
+    }
+    *dst = static_cast<uint8_t>(byte);
+  }
+  return (odd & ~1u) == 0;
+}
+
+// As packInts, reading src backwards: bit i is src[-i].
+inline bool packIntsReversed(const int* srcLast, size_t count, uint8_t* dst) {
+  unsigned odd = 0;
+  for (size_t i = 0; i < count; ++i) {
+    if (i % 8 == 0) dst[i / 8] = 0;
+    const int v = *(srcLast - static_cast<ptrdiff_t>(i));
+    odd |= static_cast<unsigned>(v);
+    dst[i / 8] = static_cast<uint8_t>(dst[i / 8] | (v != 0) << (7 - i % 8));
+  }
+  return (odd & ~1u) == 0;
+}
+
+// dst[i] = bit i, for `count` bits.
+inline void unpackInts(const uint8_t* src, size_t count, int* dst) {
+  size_t i = 0;
+  for (; i + 8 <= count; i += 8) {
+    const unsigned b = src[i / 8];
+    for (int j = 0; j < 8; ++j) dst[i + j] = static_cast<int>((b >> (7 - j)) & 1);
+  }
+  for (; i < count; ++i) dst[i] = (src[i / 8] >> (7 - i % 8)) & 1;
+}
+
+}  // namespace packedbits
