@@ -1,0 +1,89 @@
+// Syndromes through the minimal polynomials of the code's roots; see the
+// header for the reduction and the evaluation.
+#include "bch/syndromeEvaluator.h"
+
+#include <algorithm>
+#include <map>
+
+#include "bch/fieldTables.h"
+
+SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field(f) {
+  const int m = field.m(), order = field.order();
+  std::map<int, int> cosetByLeader;
+  powers.assign(static_cast<size_t>(2 * t) * m, 0);
+  for (int j = 0; j < 2 * t; ++j) {
+    const int e = (b + j) % order;
+    // The coset {e 2^s mod order} is named by its least member.
+    std::vector<int> members{e};
+    for (int x = (2 * e) % order; x != e; x = (2 * x) % order) members.push_back(x);
+    const int leader = *std::min_element(members.begin(), members.end());
+    auto found = cosetByLeader.find(leader);
+    if (found == cosetByLeader.end()) {
+      // M(x) = prod (x + alpha^x) over the coset; its coefficients are 0 or 1.
+      std::vector<uint16_t> poly{1};
+      for (int x : members) {
+        std::vector<uint16_t> next(poly.size() + 1, 0);
+        const uint16_t root = field.exp(x);
+        for (size_t i = 0; i < poly.size(); ++i) {
+          next[i + 1] ^= poly[i];
+          next[i] ^= field.mul(poly[i], root);
+        }
+        poly.swap(next);
+      }
+      Coset c;
+      c.degree = static_cast<int>(members.size());
+      c.polynomial = 0;
+      for (int i = 0; i <= c.degree; ++i) c.polynomial |= static_cast<uint32_t>(poly[i] & 1) << i;
+      if (c.degree >= 8) {
+        const uint32_t mask = (uint32_t{1} << c.degree) - 1;
+        c.byteReduction.assign(256, 0);
+        for (uint32_t u = 0; u < 256; ++u) {
+          // u(x) x^d mod M, one bit at a time from the top.
+          uint32_t s = 0;
+          for (int bit = 7; bit >= 0; --bit) {
+            s = (s << 1) ^ (((u >> bit) & 1) << c.degree);
+            if (s >> c.degree) s ^= c.polynomial;
+          }
+          c.byteReduction[u] = s & mask;
+        }
+      }
+      found = cosetByLeader.emplace(leader, static_cast<int>(cosets.size())).first;
+      cosets.push_back(std::move(c));
+    }
+    cosetOfSyndrome.push_back(found->second);
+    for (int i = 0; i < m; ++i) powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
+  }
+  residues.assign(cosets.size(), 0);
+}
+
+uint32_t SyndromeEvaluator::reduce(const Coset& c, const uint64_t* rem, int r) const {
+  uint32_t s = 0;
+  int i = 0;
+  if (c.degree >= 8) {
+    const uint32_t mask = (uint32_t{1} << c.degree) - 1;
+    const int shift = c.degree - 8;
+    for (; i + 8 <= r; i += 8) {
+      const uint32_t byte = static_cast<uint32_t>(rem[i / 64] >> (56 - i % 64)) & 0xff;
+      s = ((s << 8) & mask) ^ c.byteReduction[s >> shift] ^ byte;
+    }
+  }
+  for (; i < r; ++i) {
+    s = (s << 1) | static_cast<uint32_t>((rem[i / 64] >> (63 - i % 64)) & 1);
+    if (s >> c.degree) s ^= c.polynomial;
+  }
+  return s;
+}
+
+void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
+  for (size_t c = 0; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
+  const int m = field.m();
+  const int count = static_cast<int>(cosetOfSyndrome.size());
+  for (int j = 0; j < count; ++j) {
+    uint32_t s = residues[cosetOfSyndrome[j]];
+    const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
+    uint16_t value = 0;
+    for (int i = 0; s != 0; ++i, s >>= 1)
+      if (s & 1) value ^= pw[i];
+    S[j] = field.toExponent(value);
+  }
+}
