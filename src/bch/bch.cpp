@@ -153,7 +153,7 @@ int BCH::parityFold(const int* word, int length) {
 void BCH::encode(int* msg, int* cw) {
   if (engine && packedbits::packInts(msg, k, packedMessage.data())) {
     std::copy(msg, msg + k, cw);
-    engine->encodeParity(packedMessage.data(), packedParity.data());
+    engine->encodeParity(packedMessage.data(), k, packedParity.data());
     packedbits::unpackInts(packedParity.data(), n - k, cw + k);
     return;
   }
@@ -168,7 +168,7 @@ void BCH::encode(int* msg, int* cw) {
 
 void BCH::encode_parity(const int* msg, int* parityBits) {
   if (engine && packedbits::packInts(msg, k, packedMessage.data())) {
-    engine->encodeParity(packedMessage.data(), packedParity.data());
+    engine->encodeParity(packedMessage.data(), k, packedParity.data());
     packedbits::unpackInts(packedParity.data(), n - k, parityBits);
     return;
   }
@@ -199,7 +199,7 @@ bool BCH::computeSyndromes(int* r, int* S) {
   // Syndromes see non-zero entries as ones; the parity member adds the raw
   // values, which only differs from the bit parity for other entries.
   const bool binary = packWord(r, true);
-  bool codeword = engine->syndromes(packedMessage.data(), packedParity.data(), S);
+  bool codeword = engine->syndromes(packedMessage.data(), k, packedParity.data(), S);
   if (binary) {
     parity = packedWeightParity();
   } else {
@@ -304,7 +304,7 @@ int BCH::decodeBCH(int* in, int* out, int tLimit) {
       for (int i = n - 1; i >= 0; --i) parity = (parity + in[i]) % 2;
     }
     int count = 0;
-    const int result = engine->decode(packedMessage.data(), packedParity.data(), tLimit, b == 0 && parity == 1,
+    const int result = engine->decode(packedMessage.data(), k, packedParity.data(), tLimit, b == 0 && parity == 1,
                                       syndromes, lambda, errorPositions.data(), count);
     for (int e = 0; e < count; ++e) {
       int& bit = out[n - 1 - errorPositions[e]];

@@ -55,8 +55,8 @@ BchEngine::BchEngine(FieldTables tables, const int* generator, int n_, int k_, i
       syndromePoly(2 * static_cast<size_t>(t_) + 1),
       lambdaPoly(2 * static_cast<size_t>(t_) + 1) {}
 
-void BchEngine::encodeParity(const uint8_t* message, uint8_t* parity) {
-  divider.shiftedRemainder(message, k, rem.data());
+void BchEngine::encodeParity(const uint8_t* message, int bits, uint8_t* parity) {
+  divider.shiftedRemainder(message, bits, rem.data());
   divider.storeParity(rem.data(), parity);
 }
 
@@ -66,8 +66,8 @@ bool BchEngine::remainderIsZero() const {
   return any == 0;
 }
 
-bool BchEngine::syndromes(const uint8_t* message, const uint8_t* parity, int* S) {
-  divider.shiftedRemainder(message, k, rem.data());
+bool BchEngine::syndromes(const uint8_t* message, int bits, const uint8_t* parity, int* S) {
+  divider.shiftedRemainder(message, bits, rem.data());
   divider.addParity(parity, rem.data());
   if (remainderIsZero()) {
     std::fill(S, S + 2 * t, field.order());
@@ -90,10 +90,10 @@ bool BchEngine::roots(const int* lambda, int d, int* positions) {
   return finder.find(lambdaPoly.data(), d, n, positions);
 }
 
-int BchEngine::decode(const uint8_t* message, const uint8_t* parity, int tLimit, bool notCodeword, int* S,
-                      int* lambda, int* positions, int& count) {
+int BchEngine::decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword,
+                      int* S, int* lambda, int* positions, int& count) {
   count = 0;
-  if (syndromes(message, parity, S) && !notCodeword) {
+  if (syndromes(message, bits, parity, S) && !notCodeword) {
     std::fill(lambda, lambda + 2 * t + 1, field.order());
     return 1;
   }

@@ -45,8 +45,12 @@ class BchEngine {
   int correctionPower() const { return t; }
   const FieldTables& fieldTables() const { return field; }
 
-  // parity: bytesFor(r) bytes, the r parity bits of the k-bit message.
-  void encodeParity(const uint8_t* message, uint8_t* parity);
+  // Messages may be given with fewer than k bits: leading zeros of a
+  // polynomial change nothing, so a message whose first bits are zero
+  // fill can be passed without them.
+
+  // parity: bytesFor(r) bytes, the r parity bits of the message.
+  void encodeParity(const uint8_t* message, int bits, uint8_t* parity);
 
   // Decodes the word whose k message bits and r parity bits are given.
   // S receives the 2t syndromes and lambda the 2t+1 locator coefficients,
@@ -55,12 +59,12 @@ class BchEngine {
   // notCodeword set a word whose syndromes vanish still goes through the
   // locator (the parity rule of b = 0 codes). Returns 1 when the word is
   // clean or corrected (positions to flip), 0 when it is not correctable.
-  int decode(const uint8_t* message, const uint8_t* parity, int tLimit, bool notCodeword, int* S, int* lambda,
-             int* positions, int& count);
+  int decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword, int* S,
+             int* lambda, int* positions, int& count);
 
   // The pieces, for the members of BCH that take them one by one.
   // Returns true when R = 0; S (2t, exponent form) is written either way.
-  bool syndromes(const uint8_t* message, const uint8_t* parity, int* S);
+  bool syndromes(const uint8_t* message, int bits, const uint8_t* parity, int* S);
   void locator(const int* S, int tLimit, int* lambda);
   // lambda: exponent form, degree d (1 <= d <= t). True when accepted.
   bool roots(const int* lambda, int d, int* positions);
