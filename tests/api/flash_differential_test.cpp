@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "api/FlashBCH.h"
+#include "bch/bch.h"
+#include "gf/exp2Int15.h"
+#include "gf/gf2m.h"
 #include "quilFlashBCH.h"
 #include "support/differential.h"
 #include "support/referenceFlashBch.h"
@@ -118,6 +121,43 @@ TEST(FlashDifferential, RandomLayoutsAgreeWithTheReference) {
       EXPECT_EQ(out, outRef);
       EXPECT_EQ(diagnostics(codec, count, l.t, lambdaLen), diagnostics(ref, count, l.t, lambdaLen));
     }
+  }
+}
+
+// With placement 1 the decoder takes its parity from the first data bits,
+// so random blocks are almost never correctable. A block is made
+// correctable by searching the first 15 data bits x for a fixed point
+// parity([x, rest, fill]) = x of the t = 1 code; one flipped data bit then
+// has to be corrected at its own offset, with the fill after the data.
+TEST(FlashDifferential, PlacementOneCorrectsDataBits) {
+  int coefficients[16] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};
+  GF2m field(15, coefficients, 15, exp2Int15.data(), kExp2Int15Size);
+  int len = 40;
+  const int k = 64;
+  BCH code(&field, 0, 1, 1, k);
+  std::mt19937 rng(15);
+  V message(k, 0), parity(15);
+  bool found = false;
+  while (!found) {
+    for (int i = 15; i < len; ++i) message[i] = static_cast<int>(rng() & 1);
+    for (int x = 0; x < (1 << 15) && !found; ++x) {
+      for (int i = 0; i < 15; ++i) message[i] = (x >> (14 - i)) & 1;
+      code.encode_parity(message.data(), parity.data());
+      found = std::equal(parity.begin(), parity.end(), message.begin());
+    }
+  }
+  FlashBCH codec;
+  ReferenceFlashBCH ref;
+  codec.init(1, &len, 1, false, true, -1, k, 1);
+  ref.init(1, &len, 1, false, true, -1, k, 1);
+  for (int flip = 15; flip < len; flip += 6) {
+    V block(len + 16, 0);
+    std::copy(message.begin(), message.begin() + len, block.begin());
+    block[flip] ^= 1;
+    V out(len, -9), outRef(len, -9);
+    EXPECT_EQ(codec.decode_au(block.data(), out.data(), nullptr), ref.decode_au(block.data(), outRef.data(), nullptr));
+    EXPECT_EQ(out, outRef) << flip;
+    EXPECT_TRUE(std::equal(out.begin(), out.end(), message.begin())) << flip;
   }
 }
 
