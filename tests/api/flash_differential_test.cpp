@@ -81,7 +81,7 @@ TEST(FlashDifferential, RandomLayoutsAgreeWithTheReference) {
   std::mt19937 rng(1021);
   FlashBCH codec;
   ReferenceFlashBCH ref;
-  const int rounds = qfbtest::differentialRounds(20);
+  const int rounds = qfbtest::differentialRounds(14);
   for (int round = 0; round < rounds; ++round) {
     const Layout l = randomLayout(rng);
     const int count = static_cast<int>(l.lengths.size());

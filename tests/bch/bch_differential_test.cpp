@@ -162,7 +162,7 @@ void compareCode(std::mt19937& rng, GF& f, int n, int t, int b, int k, int words
 TEST(BchDifferential, RandomCodesOverGF32768) {
   std::mt19937 rng(20261121);
   GF2m& f = bchtest::gf32768();
-  const int rounds = qfbtest::differentialRounds(24);
+  const int rounds = qfbtest::differentialRounds(16);
   for (int round = 0; round < rounds; ++round) {
     const int t = round % 8 == 7 ? 1 : qfbtest::randomT(rng);
     const int b = round % 8 == 7 ? 0 : 1;
