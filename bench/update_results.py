@@ -43,7 +43,7 @@ def table(results):
         if name.startswith("P1/reference/"):
             continue
         us = b["real_time"]
-        rate = b.get("Mbit/s")
+        rate = b.get("data_Mbit")
         goal = GOALS.get(name)
         ref = rows.get(name.replace("P1/", "P1/reference/", 1)) if name.startswith("P1/decode") or name == "P1/encode" else None
         lines.append("| {} | {:.2f} | {} | {} | {} | {} |".format(

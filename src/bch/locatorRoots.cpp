@@ -30,7 +30,8 @@ LocatorRoots::LocatorRoots(const FieldTables& f, int t_)
       quotient(2 * static_cast<size_t>(t_) + 2),
       pool(static_cast<size_t>(t_ + 1) * (t_ + 1)),
       poolDegree(t_ + 1),
-      poolBasis(t_ + 1) {}
+      poolBasis(t_ + 1),
+      divisorLogs(t_ + 1) {}
 
 bool LocatorRoots::rootOfLinear(const uint16_t* f, int n, int* positions, int& found) const {
   const int p = rootPosition(field, f[0]);
@@ -69,18 +70,22 @@ void LocatorRoots::squareModulo(const uint16_t* p, uint16_t* out) const {
   }
 }
 
-int LocatorRoots::remainder(uint16_t* a, int degA, const uint16_t* f, int degF) const {
+int LocatorRoots::remainder(uint16_t* a, int degA, const uint16_t* f, int degF) {
+  // The divisor's logarithms once, then one table look-up per product.
+  int32_t* fLog = divisorLogs.data();
+  for (int j = 0; j < degF; ++j) fLog[j] = field.log(f[j]);
   for (int i = degA; i >= degF; --i) {
     if (a[i] == 0) continue;
     const int lc = field.log(a[i]);
-    for (int j = 0; j < degF; ++j) a[i - degF + j] ^= field.mulByLog(f[j], lc);
+    uint16_t* row = a + i - degF;
+    for (int j = 0; j < degF; ++j) row[j] ^= field.expOfLogSum(fLog[j], lc);
     a[i] = 0;
   }
   return trimmedDegree(a, std::min(degA, degF - 1));
 }
 
 // Euclid on a and b (both overwritten); result points at the monic gcd.
-int LocatorRoots::gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result) const {
+int LocatorRoots::gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result) {
   while (degB >= 0) {
     // Make b monic so the remainder step needs no division.
     const uint16_t inv = field.inverse(b[degB]);

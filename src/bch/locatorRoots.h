@@ -40,8 +40,9 @@ class LocatorRoots {
   bool rootOfLinear(const uint16_t* f, int n, int* positions, int& found) const;
   bool rootsOfQuadratic(const uint16_t* f, int n, int* positions, int& found) const;
   void squareModulo(const uint16_t* p, uint16_t* out) const;
-  int remainder(uint16_t* a, int degA, const uint16_t* f, int degF) const;
-  int gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result) const;
+  // a mod f for monic f, in place; returns the remainder's degree.
+  int remainder(uint16_t* a, int degA, const uint16_t* f, int degF);
+  int gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result);
   void traceModulo(int k, uint16_t* out);
 
   const FieldTables& field;
@@ -53,4 +54,5 @@ class LocatorRoots {
   std::vector<uint16_t> trace, scratchA, scratchB, quotient;
   std::vector<uint16_t> pool;       // pending factors, monic, stacked
   std::vector<int> poolDegree, poolBasis;
+  std::vector<int32_t> divisorLogs;
 };

@@ -35,23 +35,34 @@ inline uint64_t load(const uint8_t* s, size_t offset, int count) {
 // Packs `count` ints (non-zero = 1) into dst from bit 0; the tail of the last
 // byte is cleared. Returns true when every int was 0 or 1.
 inline bool packInts(const int* src, size_t count, uint8_t* dst) {
-  unsigned odd = 0;
+  // First assume 0/1 entries, which shift straight into place; the OR of
+  // all entries tells afterwards whether the assumption held.
+  unsigned all = 0;
   size_t i = 0;
-  for (; i + 8 <= count; i += 8, ++dst) {
-    const int* s = src + i;
-    odd |= static_cast<unsigned>(s[0] | s[1] | s[2] | s[3] | s[4] | s[5] | s[6] | s[7]);
-    *dst = static_cast<uint8_t>((s[0] != 0) << 7 | (s[1] != 0) << 6 | (s[2] != 0) << 5 | (s[3] != 0) << 4 |
-                                (s[4] != 0) << 3 | (s[5] != 0) << 2 | (s[6] != 0) << 1 | (s[7] != 0));
+  for (; i + 8 <= count; i += 8) {
+    unsigned byte = 0;
+    for (int j = 0; j < 8; ++j) {
+      const unsigned v = static_cast<unsigned>(src[i + j]);
+      all |= v;
+      byte = (byte << 1) | v;
+    }
+    dst[i / 8] = static_cast<uint8_t>(byte);
   }
   if (i < count) {
     unsigned byte = 0;
-    for (int j = 0; i < count; ++i, ++j) {
-      odd |= static_cast<unsigned>(src[i]);
-      byte |= static_cast<unsigned>(src[i] != 0) << (7 - j);
+    for (size_t j = i; j < count; ++j) {
+      all |= static_cast<unsigned>(src[j]);
+      byte |= static_cast<unsigned>(src[j] != 0) << (7 - (j - i));
     }
-    *dst = static_cast<uint8_t>(byte);
+    dst[i / 8] = static_cast<uint8_t>(byte);
   }
-  return (odd & ~1u) == 0;
+  if ((all & ~1u) == 0) return true;
+  for (i = 0; i + 8 <= count; i += 8) {
+    unsigned byte = 0;
+    for (int j = 0; j < 8; ++j) byte = (byte << 1) | static_cast<unsigned>(src[i + j] != 0);
+    dst[i / 8] = static_cast<uint8_t>(byte);
+  }
+  return false;
 }
 
 // As packInts, reading src backwards: bit i is src[-i].

@@ -74,16 +74,52 @@ uint32_t SyndromeEvaluator::reduce(const Coset& c, const uint64_t* rem, int r) c
   return s;
 }
 
+void SyndromeEvaluator::reduceFour(const Coset* c, const uint64_t* rem, int r, uint32_t* out) const {
+  // Four independent table chains per byte hide each other's latency.
+  uint32_t s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+  const uint32_t m0 = (uint32_t{1} << c[0].degree) - 1, m1 = (uint32_t{1} << c[1].degree) - 1,
+                 m2 = (uint32_t{1} << c[2].degree) - 1, m3 = (uint32_t{1} << c[3].degree) - 1;
+  const int h0 = c[0].degree - 8, h1 = c[1].degree - 8, h2 = c[2].degree - 8, h3 = c[3].degree - 8;
+  const uint32_t *t0 = c[0].byteReduction.data(), *t1 = c[1].byteReduction.data(), *t2 = c[2].byteReduction.data(),
+                 *t3 = c[3].byteReduction.data();
+  int i = 0;
+  for (; i + 8 <= r; i += 8) {
+    const uint32_t byte = static_cast<uint32_t>(rem[i / 64] >> (56 - i % 64)) & 0xff;
+    s0 = ((s0 << 8) & m0) ^ t0[s0 >> h0] ^ byte;
+    s1 = ((s1 << 8) & m1) ^ t1[s1 >> h1] ^ byte;
+    s2 = ((s2 << 8) & m2) ^ t2[s2 >> h2] ^ byte;
+    s3 = ((s3 << 8) & m3) ^ t3[s3 >> h3] ^ byte;
+  }
+  uint32_t s[4] = {s0, s1, s2, s3};
+  for (int q = 0; q < 4; ++q) {
+    for (int j = i; j < r; ++j) {
+      s[q] = (s[q] << 1) | static_cast<uint32_t>((rem[j / 64] >> (63 - j % 64)) & 1);
+      if (s[q] >> c[q].degree) s[q] ^= c[q].polynomial;
+    }
+    out[q] = s[q];
+  }
+}
+
 void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
-  for (size_t c = 0; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
+  size_t c = 0;
+  const size_t count4 = cosets.size() - cosets.size() % 4;
+  for (; c < count4; c += 4) {
+    const bool wide = cosets[c].degree >= 8 && cosets[c + 1].degree >= 8 && cosets[c + 2].degree >= 8 &&
+                      cosets[c + 3].degree >= 8;
+    if (wide) {
+      reduceFour(&cosets[c], rem, r, &residues[c]);
+    } else {
+      for (size_t q = c; q < c + 4; ++q) residues[q] = reduce(cosets[q], rem, r);
+    }
+  }
+  for (; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
   const int m = field.m();
   const int count = static_cast<int>(cosetOfSyndrome.size());
   for (int j = 0; j < count; ++j) {
     uint32_t s = residues[cosetOfSyndrome[j]];
     const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
     uint16_t value = 0;
-    for (int i = 0; s != 0; ++i, s >>= 1)
-      if (s & 1) value ^= pw[i];
+    for (int i = 0; i < m; ++i) value ^= static_cast<uint16_t>(pw[i] & (0u - ((s >> i) & 1u)));
     S[j] = field.toExponent(value);
   }
 }

@@ -31,6 +31,8 @@ class SyndromeEvaluator {
     std::vector<uint32_t> byteReduction;
   };
   uint32_t reduce(const Coset& c, const uint64_t* rem, int r) const;
+  // reduce() for four cosets of degree >= 8 at once.
+  void reduceFour(const Coset* c, const uint64_t* rem, int r, uint32_t* out) const;
 
   const FieldTables& field;
   std::vector<Coset> cosets;
