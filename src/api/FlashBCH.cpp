@@ -157,7 +157,6 @@ int FlashBCH::decode(int* in, int* out, int index) {
   } else {
     std::copy(in, in + len + storedParityLen, received.begin() + fill);
   }
-  code = codeFor(k);
   const int corrected = code->decode(received.data(), codeword.data(), false, tDecode);
   const int result = corrected == 0 ? 1 : 0;
 

@@ -24,13 +24,13 @@
 // zero = 2^m - 1). Decoder results are 1 (clean or corrected) or 0 (failed).
 //
 // Speed. Over a genuine field (see FieldTables) the code runs on a
-// BchEngine: packed words, table-driven division by g(x), syndromes from
-// the remainder, a degree-bounded Berlekamp-Massey and root finding by the
-// trace algorithm. Every member still returns and stores exactly what the
-// plain algorithms below compute; they remain the path for other fields,
-// for over-long codes and for words with entries other than 0 and 1 where
-// the plain arithmetic differs from binary arithmetic (the encoders). The
-// Reed-Solomon decoder is built on the first RS-mode decode.
+// BchEngine: packed words, table-driven division by g(x), syndromes from the
+// remainder, a degree-bounded Berlekamp-Massey and root finding by the trace
+// algorithm. Every member still returns and stores exactly what the plain
+// algorithms (kept in bch.cpp) compute; they remain the path for other
+// fields, for over-long codes and for words with entries other than 0 and 1
+// where the plain arithmetic differs from binary arithmetic (the encoders).
+// The Reed-Solomon decoder is built on the first RS-mode decode.
 //
 // Fatal conditions print one line and end the process with exit(-1).
 #pragma once
