@@ -71,12 +71,15 @@ void LocatorRoots::squareModulo(const uint16_t* p, uint16_t* out) const {
 }
 
 int LocatorRoots::remainder(uint16_t* a, int degA, const uint16_t* f, int degF) {
-  // The divisor's logarithms once, then one table look-up per product.
+  // The divisor's logarithms once, then one table look-up per product; the
+  // quotient digit a_i / f_degF is a difference of logarithms.
   int32_t* fLog = divisorLogs.data();
   for (int j = 0; j < degF; ++j) fLog[j] = field.log(f[j]);
+  const int leadLog = field.log(f[degF]);
   for (int i = degA; i >= degF; --i) {
     if (a[i] == 0) continue;
-    const int lc = field.log(a[i]);
+    int lc = field.log(a[i]) - leadLog;
+    if (lc < 0) lc += field.order();
     uint16_t* row = a + i - degF;
     for (int j = 0; j < degF; ++j) row[j] ^= field.expOfLogSum(fLog[j], lc);
     a[i] = 0;
@@ -87,9 +90,6 @@ int LocatorRoots::remainder(uint16_t* a, int degA, const uint16_t* f, int degF) 
 // Euclid on a and b (both overwritten); result points at the monic gcd.
 int LocatorRoots::gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result) {
   while (degB >= 0) {
-    // Make b monic so the remainder step needs no division.
-    const uint16_t inv = field.inverse(b[degB]);
-    for (int i = 0; i <= degB; ++i) b[i] = field.mul(b[i], inv);
     degA = remainder(a, degA, b, degB);
     std::swap(a, b);
     std::swap(degA, degB);

@@ -40,7 +40,7 @@ class LocatorRoots {
   bool rootOfLinear(const uint16_t* f, int n, int* positions, int& found) const;
   bool rootsOfQuadratic(const uint16_t* f, int n, int* positions, int& found) const;
   void squareModulo(const uint16_t* p, uint16_t* out) const;
-  // a mod f for monic f, in place; returns the remainder's degree.
+  // a mod f in place (f[degF] != 0); returns the remainder's degree.
   int remainder(uint16_t* a, int degA, const uint16_t* f, int degF);
   int gcd(uint16_t* a, int degA, uint16_t* b, int degB, uint16_t*& result);
   void traceModulo(int k, uint16_t* out);
