@@ -44,10 +44,14 @@ const OpInfo kOps[] = {{Op::Encode, "encode"},
 
 int errorsFor(Op op, int t) {
   switch (op) {
-    case Op::HalfT: return t / 2;
-    case Op::T: return t;
-    case Op::TPlus1: return t + 1;
-    default: return 0;
+    case Op::HalfT:
+      return t / 2;
+    case Op::T:
+      return t;
+    case Op::TPlus1:
+      return t + 1;
+    default:
+      return 0;
   }
 }
 
@@ -208,11 +212,10 @@ int main(int argc, char** argv) {
     Op op;
     const char* name;
   };
-  const PackedCase packedCases[] = {{8192, 40, Op::Encode, "encode"},   {8192, 40, Op::Clean, "decode_clean"},
-                                    {8192, 40, Op::HalfT, "decode_t/2"}, {8192, 40, Op::T, "decode_t"},
-                                    {8192, 40, Op::TPlus1, "decode_t+1"}, {4096, 8, Op::Encode, "encode"},
-                                    {4096, 8, Op::T, "decode_t"},        {16384, 72, Op::Encode, "encode"},
-                                    {16384, 72, Op::T, "decode_t"}};
+  const PackedCase packedCases[] = {
+      {8192, 40, Op::Encode, "encode"}, {8192, 40, Op::Clean, "decode_clean"}, {8192, 40, Op::HalfT, "decode_t/2"},
+      {8192, 40, Op::T, "decode_t"},    {8192, 40, Op::TPlus1, "decode_t+1"},  {4096, 8, Op::Encode, "encode"},
+      {4096, 8, Op::T, "decode_t"},     {16384, 72, Op::Encode, "encode"},     {16384, 72, Op::T, "decode_t"}};
   for (const PackedCase& c : packedCases)
     benchmark::RegisterBenchmark(
         ("packed/" + std::to_string(c.dataBits) + "_t" + std::to_string(c.t) + "/" + c.name).c_str(), packed,

@@ -53,17 +53,15 @@ int PackedBCH::parityBits() const { return state->engine->parityLength(); }
 int PackedBCH::dataBytes() const { return (dataBits() + 7) / 8; }
 int PackedBCH::parityBytes() const { return (parityBits() + 7) / 8; }
 
-void PackedBCH::encode(const uint8_t* data, uint8_t* parity) {
-  state->engine->encodeParity(data, dataBits(), parity);
-}
+void PackedBCH::encode(const uint8_t* data, uint8_t* parity) { state->engine->encodeParity(data, dataBits(), parity); }
 
 DecodeResult PackedBCH::decode(uint8_t* data, uint8_t* parity, int* errorPositions) {
   State& s = *state;
   const int k = dataBits(), n = k + parityBits();
   // The engine reads exactly k data and 15t parity bits, never the tails.
   int count = 0;
-  const int ok = s.engine->decode(data, k, parity, -1, false, s.syndromes.data(), s.lambda.data(),
-                                  s.positions.data(), count);
+  const int ok =
+      s.engine->decode(data, k, parity, -1, false, s.syndromes.data(), s.lambda.data(), s.positions.data(), count);
   if (ok == 0) return {DecodeStatus::Uncorrectable, 0};
   if (count == 0) return {DecodeStatus::Clean, 0};
   // Degree p is codeword bit n-1-p; ascending degrees give descending bits.

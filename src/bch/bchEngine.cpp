@@ -90,8 +90,8 @@ bool BchEngine::roots(const int* lambda, int d, int* positions) {
   return finder.find(lambdaPoly.data(), d, n, positions);
 }
 
-int BchEngine::decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword,
-                      int* S, int* lambda, int* positions, int& count) {
+int BchEngine::decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword, int* S,
+                      int* lambda, int* positions, int& count) {
   count = 0;
   if (syndromes(message, bits, parity, S) && !notCodeword) {
     std::fill(lambda, lambda + 2 * t + 1, field.order());

@@ -59,8 +59,8 @@ class BchEngine {
   // notCodeword set a word whose syndromes vanish still goes through the
   // locator (the parity rule of b = 0 codes). Returns 1 when the word is
   // clean or corrected (positions to flip), 0 when it is not correctable.
-  int decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword, int* S,
-             int* lambda, int* positions, int& count);
+  int decode(const uint8_t* message, int bits, const uint8_t* parity, int tLimit, bool notCodeword, int* S, int* lambda,
+             int* positions, int& count);
 
   // The pieces, for the members of BCH that take them one by one.
   // Returns true when R = 0; S (2t, exponent form) is written either way.

@@ -215,7 +215,8 @@ bool LocatorRoots::find(const uint16_t* lambda, int degree, int n, int* position
     const int m = field.m();
     std::fill(frobenius.begin(), frobenius.begin() + d, 0);
     frobenius[1] = 1;
-    for (int i = 0; i < m; ++i) squareModulo(&frobenius[static_cast<size_t>(i) * d], &frobenius[static_cast<size_t>(i + 1) * d]);
+    for (int i = 0; i < m; ++i)
+      squareModulo(&frobenius[static_cast<size_t>(i) * d], &frobenius[static_cast<size_t>(i + 1) * d]);
     const uint16_t* last = &frobenius[static_cast<size_t>(m) * d];
     for (int i = 0; i < d; ++i)
       if (last[i] != (i == 1 ? 1 : 0)) return false;

@@ -49,10 +49,10 @@ class LocatorRoots {
   int t;
   int d = 0;
   std::vector<uint16_t> monic;      // Lambda / lambda_d
-  std::vector<int32_t> squareLogs;   // log of Q_j = x^(2j) mod Lambda, j = 0..d-1, d entries each
+  std::vector<int32_t> squareLogs;  // log of Q_j = x^(2j) mod Lambda, j = 0..d-1, d entries each
   std::vector<uint16_t> frobenius;  // P_i = x^(2^i) mod Lambda, i = 0..m, d entries each
   std::vector<uint16_t> trace, scratchA, scratchB, quotient;
-  std::vector<uint16_t> pool;       // pending factors, monic, stacked
+  std::vector<uint16_t> pool;  // pending factors, monic, stacked
   std::vector<int> poolDegree, poolBasis;
   std::vector<int32_t> divisorLogs;
 };

@@ -51,7 +51,8 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field
       cosets.push_back(std::move(c));
     }
     cosetOfSyndrome.push_back(found->second);
-    for (int i = 0; i < m; ++i) powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
+    for (int i = 0; i < m; ++i)
+      powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
   }
   residues.assign(cosets.size(), 0);
 }
@@ -104,8 +105,8 @@ void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
   size_t c = 0;
   const size_t count4 = cosets.size() - cosets.size() % 4;
   for (; c < count4; c += 4) {
-    const bool wide = cosets[c].degree >= 8 && cosets[c + 1].degree >= 8 && cosets[c + 2].degree >= 8 &&
-                      cosets[c + 3].degree >= 8;
+    const bool wide =
+        cosets[c].degree >= 8 && cosets[c + 1].degree >= 8 && cosets[c + 2].degree >= 8 && cosets[c + 3].degree >= 8;
     if (wide) {
       reduceFour(&cosets[c], rem, r, &residues[c]);
     } else {

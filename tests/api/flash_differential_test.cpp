@@ -85,10 +85,9 @@ TEST(FlashDifferential, RandomLayoutsAgreeWithTheReference) {
   for (int round = 0; round < rounds; ++round) {
     const Layout l = randomLayout(rng);
     const int count = static_cast<int>(l.lengths.size());
-    SCOPED_TRACE(::testing::Message() << "round " << round << " t=" << l.t << " tDecode=" << l.tDecode
-                                      << " unit=" << l.lengthUnit << " placement=" << l.placement
-                                      << " bypass=" << l.bypass << " align=" << l.byteAlign << " first len="
-                                      << l.lengths[0]);
+    SCOPED_TRACE(::testing::Message() << "round " << round << " t=" << l.t << " tDecode=" << l.tDecode << " unit="
+                                      << l.lengthUnit << " placement=" << l.placement << " bypass=" << l.bypass
+                                      << " align=" << l.byteAlign << " first len=" << l.lengths[0]);
     V lengths(l.lengths);
     codec.init(count, lengths.data(), l.t, l.bypass, l.byteAlign, l.tDecode, l.lengthUnit, l.placement);
     ref.init(count, lengths.data(), l.t, l.bypass, l.byteAlign, l.tDecode, l.lengthUnit, l.placement);

@@ -27,7 +27,9 @@ int bitAt(const Bytes& b, int i) { return (b[i / 8] >> (7 - i % 8)) & 1; }
 TEST(PackedBCH, AgreesWithTheExportedFunctions) {
   qfbtest::ScratchDir scratch;
   ASSERT_EQ(quilCreateFlashBCH(), 0);
-  struct Code { int k, t; };
+  struct Code {
+    int k, t;
+  };
   const Code codes[] = {{1, 1}, {13, 3}, {1000, 5}, {4096, 8}, {8191, 40}, {2999, 72}, {1234, 128}};
   std::mt19937 rng(5);
   for (const Code& c : codes) {
@@ -78,7 +80,9 @@ TEST(PackedBCH, AgreesWithTheExportedFunctions) {
 }
 
 TEST(PackedBCH, RejectsCodesOutsideTheField) {
-  struct Args { int k, t; };
+  struct Args {
+    int k, t;
+  };
   const Args bad[] = {{0, 8}, {100, 0}, {100, 129}, {32767 - 15 * 8 + 1, 8}, {-5, 3}};
   for (const Args& a : bad) EXPECT_THROW(quil::PackedBCH(a.k, a.t), std::invalid_argument) << a.k << " " << a.t;
   EXPECT_NO_THROW(quil::PackedBCH(32767 - 15 * 8, 8));

@@ -52,8 +52,8 @@ V receivedWord(std::mt19937& rng, Pair& p, int kind) {
     for (int& x : r) x = static_cast<int>(rng() & 1);
     return r;
   }
-  const int counts[] = {1, std::max(t / 2, 1), t, t + 1, t + qfbtest::uniformInt(rng, 2, 5),
-                        qfbtest::uniformInt(rng, 0, t + 5)};
+  const int counts[] = {
+      1, std::max(t / 2, 1), t, t + 1, t + qfbtest::uniformInt(rng, 2, 5), qfbtest::uniformInt(rng, 0, t + 5)};
   V r = withErrors(rng, cw, counts[kind % 6]);
   if (kind == 8)
     for (int i = 0; i < 3; ++i) r[qfbtest::uniformInt(rng, 0, p.ref.n - 1)] = qfbtest::uniformInt(rng, -2, 3);
@@ -110,7 +110,7 @@ void compareChien(std::mt19937& rng, Pair& p, GF& f) {
       lambda[0] = f.getOne();
       for (int e = 0; e < degree; ++e) {
         // Multiply by (1 + alpha^p x) in place, highest degree first.
-        const int pos = trial == 1 && e == 0 ? qfbtest::uniformInt(rng, 0, f.getN() - 2)
+        const int pos = trial == 1 && e == 0  ? qfbtest::uniformInt(rng, 0, f.getN() - 2)
                         : trial == 2 && e > 0 ? qfbtest::uniformInt(rng, 0, 3)
                                               : qfbtest::uniformInt(rng, 0, n - 1);
         for (int j = e + 1; j >= 1; --j) lambda[j] = f.add(lambda[j], f.multiply(lambda[j - 1], pos));
@@ -151,7 +151,8 @@ void compareCode(std::mt19937& rng, GF& f, int n, int t, int b, int k, int words
     if (rsMode) {
       const int limit = qfbtest::uniformInt(rng, -1, t);
       V outF(p.ref.n), outR(p.ref.n);
-      EXPECT_EQ(p.fast.decode(V(in).data(), outF.data(), true, limit), p.ref.decode(V(in).data(), outR.data(), true, limit));
+      EXPECT_EQ(p.fast.decode(V(in).data(), outF.data(), true, limit),
+                p.ref.decode(V(in).data(), outR.data(), true, limit));
       EXPECT_EQ(outF, outR);
       expectSameState(p, "decodeRS leaves the members alone");
     }
@@ -177,9 +178,11 @@ TEST(BchDifferential, RandomCodesOverGF32768) {
 TEST(BchDifferential, FullAndShortenedCodesOverGF16) {
   std::mt19937 rng(16);
   GF2m& f = bchtest::gf16();
-  struct Code { int n, t, b, k; };
-  const Code codes[] = {{15, 1, 1, 0}, {15, 2, 1, 0}, {15, 3, 1, 0}, {15, 1, 0, 0}, {0, 2, 1, 3}, {0, 3, 1, 1},
-                        {0, 1, 1, 11}, {0, 1, 0, 6}};
+  struct Code {
+    int n, t, b, k;
+  };
+  const Code codes[] = {{15, 1, 1, 0}, {15, 2, 1, 0}, {15, 3, 1, 0}, {15, 1, 0, 0},
+                        {0, 2, 1, 3},  {0, 3, 1, 1},  {0, 1, 1, 11}, {0, 1, 0, 6}};
   for (const Code& c : codes) compareCode(rng, f, c.n, c.t, c.b, c.k, 36, true);
 }
 

@@ -18,9 +18,7 @@ inline int differentialRounds(int fallback) {
 }
 
 // Uniform in lo..hi.
-inline int uniformInt(std::mt19937& rng, int lo, int hi) {
-  return std::uniform_int_distribution<int>(lo, hi)(rng);
-}
+inline int uniformInt(std::mt19937& rng, int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); }
 
 // lo..hi with a logarithmic bias, so short and long lengths both show up.
 inline int logUniformInt(std::mt19937& rng, int lo, int hi) {
