@@ -100,8 +100,12 @@ int FlashBCH::messageLength(int index) const {
 }
 
 BCH* FlashBCH::codeFor(int k) {
+  const auto found = codesByLength.find(k);
+  if (found != codesByLength.end()) return found->second.get();
+  // Codes of every length share the tables that depend only on t.
+  const BCH* sibling = codesByLength.empty() ? nullptr : codesByLength.begin()->second.get();
   std::unique_ptr<BCH>& slot = codesByLength[k];
-  if (!slot) slot = std::make_unique<BCH>(field, 0, t, 1, k);
+  slot = std::make_unique<BCH>(field, 0, t, 1, k, sibling);
   return slot.get();
 }
 

@@ -40,7 +40,9 @@ std::set<int> rootExponents(int b, int t, int m, int q) {
 
 }  // namespace
 
-BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
+BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_) : BCH(gf_, n_, t_, b_, k_, nullptr) {}
+
+BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_, const BCH* tablesFrom)
     : gf(gf_),
       n(n_),
       k(k_),
@@ -64,11 +66,20 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
     k = n - r;
 
   if (k >= 0 && BchEngine::supports(gf, n, t, b)) {
-    FieldTables tables(gf);
-    const std::vector<int> g = BchEngine::generatorOf(tables, roots);
     genPoly = new int[r + 1];
-    std::copy(g.begin(), g.end(), genPoly);
-    engine = std::make_unique<BchEngine>(std::move(tables), genPoly, n, k, t, b);
+    std::shared_ptr<const FieldTables> tables;
+    std::shared_ptr<const GeneratorRemainder> divider;
+    if (tablesFrom && tablesFrom->engine && tablesFrom->gf == gf && tablesFrom->t == t && tablesFrom->b == b) {
+      tables = tablesFrom->engine->sharedField();
+      divider = tablesFrom->engine->sharedDivider();
+      std::copy(tablesFrom->genPoly, tablesFrom->genPoly + r + 1, genPoly);
+    } else {
+      tables = std::make_shared<const FieldTables>(gf);
+      const std::vector<int> g = BchEngine::generatorOf(*tables, roots);
+      std::copy(g.begin(), g.end(), genPoly);
+      divider = std::make_shared<const GeneratorRemainder>(genPoly, r);
+    }
+    engine = std::make_unique<BchEngine>(std::move(tables), std::move(divider), n, k, t, b);
     packedMessage.assign(packedbits::bytesFor(k) + 1, 0);
     packedParity.assign(packedbits::bytesFor(r) + 1, 0);
     errorPositions.assign(t + 1, 0);

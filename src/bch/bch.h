@@ -50,6 +50,10 @@ class BCH {
   // length is n and k = n - r. Only b = 1, and b = 0 with t = 1, exist.
   // gf is borrowed and must outlive the code.
   BCH(GF* gf, int n, int t, int b, int k);
+  // The same code, sharing the engine's length-independent tables with
+  // tablesFrom when that code has the same field, t and b (the flash adapter
+  // keeps one code per data length).
+  BCH(GF* gf, int n, int t, int b, int k, const BCH* tablesFrom);
   ~BCH();
   BCH(const BCH&) = delete;
   BCH& operator=(const BCH&) = delete;

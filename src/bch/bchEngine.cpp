@@ -40,14 +40,17 @@ std::vector<int> BchEngine::generatorOf(const FieldTables& field, const std::set
   return g;
 }
 
-BchEngine::BchEngine(FieldTables tables, const int* generator, int n_, int k_, int t_, int b_)
+BchEngine::BchEngine(std::shared_ptr<const FieldTables> fieldShared,
+                     std::shared_ptr<const GeneratorRemainder> dividerShared, int n_, int k_, int t_, int b_)
     : n(n_),
       k(k_),
       r(n_ - k_),
       t(t_),
       b(b_),
-      field(std::move(tables)),
-      divider(generator, n_ - k_),
+      fieldTables(std::move(fieldShared)),
+      dividerTables(std::move(dividerShared)),
+      field(*fieldTables),
+      divider(*dividerTables),
       evaluator(field, b_, t_),
       massey(field, t_),
       finder(field, t_),

@@ -7,7 +7,9 @@
 // R = 0 exactly when every syndrome is zero, so clean words stop there.
 // Otherwise the syndromes come from R (SyndromeEvaluator), the locator from
 // Berlekamp-Massey (BerlekampMassey) and the error positions from
-// LocatorRoots. All scratch space is allocated here, once.
+// LocatorRoots. All scratch space is allocated here, once. The field's
+// tables and the generator's division tables depend only on the field, t
+// and b; codes of different lengths share them.
 //
 // Valid for a field that FieldTables supports, with b + 2t - 1 below the
 // multiplicative order (so every root exponent is a non-zero element) and
@@ -34,8 +36,9 @@ class BchEngine {
   // g(x) = product over the cosets in `roots` of their minimal polynomials,
   // as r+1 bits in degree order (roots: a union of cyclotomic cosets).
   static std::vector<int> generatorOf(const FieldTables& field, const std::set<int>& roots);
-  // generator: r+1 bits in degree order.
-  BchEngine(FieldTables field, const int* generator, int n, int k, int t, int b);
+  // divider: division by this code's generator.
+  BchEngine(std::shared_ptr<const FieldTables> field, std::shared_ptr<const GeneratorRemainder> divider, int n,
+            int k, int t, int b);
   BchEngine(const BchEngine&) = delete;
   BchEngine& operator=(const BchEngine&) = delete;
 
@@ -43,7 +46,8 @@ class BchEngine {
   int messageLength() const { return k; }
   int parityLength() const { return r; }
   int correctionPower() const { return t; }
-  const FieldTables& fieldTables() const { return field; }
+  const std::shared_ptr<const FieldTables>& sharedField() const { return fieldTables; }
+  const std::shared_ptr<const GeneratorRemainder>& sharedDivider() const { return dividerTables; }
 
   // Messages may be given with fewer than k bits: leading zeros of a
   // polynomial change nothing, so a message whose first bits are zero
@@ -73,8 +77,10 @@ class BchEngine {
   bool remainderIsZero() const;
 
   int n, k, r, t, b;
-  FieldTables field;
-  GeneratorRemainder divider;
+  std::shared_ptr<const FieldTables> fieldTables;
+  std::shared_ptr<const GeneratorRemainder> dividerTables;
+  const FieldTables& field;
+  const GeneratorRemainder& divider;
   SyndromeEvaluator evaluator;
   BerlekampMassey massey;
   LocatorRoots finder;

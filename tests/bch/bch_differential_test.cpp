@@ -175,6 +175,29 @@ TEST(BchDifferential, RandomCodesOverGF32768) {
   }
 }
 
+// A code may borrow the length-independent tables of another; only a code
+// with the same field, t and b may actually share them.
+TEST(BchDifferential, CodesBuiltFromASibling) {
+  std::mt19937 rng(8);
+  GF2m& f = bchtest::gf32768();
+  Probe sibling(&f, 0, 8, 1, 1000);
+  struct Code { int t, k; };
+  const Code codes[] = {{8, 4000}, {8, 17}, {9, 1000}, {2, 300}};
+  for (const Code& c : codes) {
+    Probe fast(&f, 0, c.t, 1, c.k, &sibling);
+    ReferenceBCH ref(&f, 0, c.t, 1, c.k);
+    ASSERT_EQ(fast.generator(), V(ref.genPoly, ref.genPoly + ref.n - ref.k + 1)) << c.t;
+    V msg(c.k), cwF(ref.n), cwR(ref.n);
+    for (int& x : msg) x = static_cast<int>(rng() & 1);
+    fast.encode(msg.data(), cwF.data());
+    ref.encode(msg.data(), cwR.data());
+    EXPECT_EQ(cwF, cwR);
+    V noisy = withErrors(rng, cwR, c.t), outF(ref.n), outR(ref.n);
+    EXPECT_EQ(fast.decodeBCH(noisy.data(), outF.data(), -1), ref.decodeBCH(noisy.data(), outR.data(), -1));
+    EXPECT_EQ(outF, outR);
+  }
+}
+
 TEST(BchDifferential, FullAndShortenedCodesOverGF16) {
   std::mt19937 rng(16);
   GF2m& f = bchtest::gf16();
