@@ -10,6 +10,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <map>
 #include <cstdint>
 #include <numeric>
 #include <random>
@@ -193,6 +195,33 @@ void packed(benchmark::State& state, int dataBits, int t, Op op) {
   setRates(state, dataBits);
 }
 
+// The console report, followed by the speed-up of each P1 operation over
+// the plain reference.
+class SpeedupReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      std::string name = run.benchmark_name();
+      const size_t fixed = name.find("/iterations:");
+      if (fixed != std::string::npos) name.erase(fixed);
+      seconds[name] = run.GetAdjustedRealTime();
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  void Finalize() override {
+    ConsoleReporter::Finalize();
+    for (const OpInfo& o : kOps) {
+      const auto fast = seconds.find(std::string("P1/") + o.name);
+      const auto plain = seconds.find(std::string("P1/reference/") + o.name);
+      if (fast != seconds.end() && plain != seconds.end() && fast->second > 0)
+        std::printf("P1 %-13s speed-up over the reference: %.0fx\n", o.name, plain->second / fast->second);
+    }
+  }
+
+ private:
+  std::map<std::string, double> seconds;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -224,7 +253,8 @@ int main(int argc, char** argv) {
 
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
+  SpeedupReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
   return 0;
 }
