@@ -53,9 +53,40 @@ void GeneratorRemainder::step(uint64_t* rem, uint64_t chunk) const {
   for (int w = 0; w < nWords; ++w) rem[w] ^= t0[w] ^ t1[w] ^ t2[w] ^ t3[w] ^ t4[w] ^ t5[w] ^ t6[w] ^ t7[w];
 }
 
+template <int W>
+void GeneratorRemainder::divideInRegisters(const uint8_t* message, size_t bits, uint64_t* rem) const {
+  uint64_t R[W] = {};
+  const size_t stride = 256 * W;
+  auto feed = [&](uint64_t chunk) {
+    const uint64_t f = R[0] ^ chunk;
+    for (int w = 0; w + 1 < W; ++w) R[w] = R[w + 1];
+    R[W - 1] = 0;
+    const uint64_t* t = tables.data();
+    for (int j = 0; j < 8; ++j) {
+      const uint64_t* row = t + j * stride + ((f >> (8 * j)) & 0xff) * W;
+      for (int w = 0; w < W; ++w) R[w] ^= row[w];
+    }
+  };
+  const size_t head = bits % 64;
+  size_t at = 0;
+  if (head != 0) {
+    feed(packedbits::load(message, 0, static_cast<int>(head)));
+    at = head;
+  }
+  for (; at < bits; at += 64) feed(packedbits::load(message, at, 64));
+  std::copy(R, R + W, rem);
+}
+
 void GeneratorRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint64_t* rem) const {
   std::fill(rem, rem + nWords, 0);
   if (r == 0) return;
+  switch (nWords) {
+    case 1: return divideInRegisters<1>(message, bits, rem);
+    case 2: return divideInRegisters<2>(message, bits, rem);
+    case 3: return divideInRegisters<3>(message, bits, rem);
+    case 4: return divideInRegisters<4>(message, bits, rem);
+    default: break;
+  }
   // A first short chunk stands for 64 bits with leading zeros, which do not
   // change the polynomial; the rest are whole 64-bit chunks.
   const size_t head = bits % 64;

@@ -32,6 +32,9 @@ class GeneratorRemainder {
 
  private:
   void step(uint64_t* rem, uint64_t chunk) const;
+  // The whole division with the remainder in W registers (short generators).
+  template <int W>
+  void divideInRegisters(const uint8_t* message, size_t bits, uint64_t* rem) const;
 
   int r;
   int nWords;

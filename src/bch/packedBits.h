@@ -19,6 +19,9 @@ inline size_t bytesFor(size_t bits) { return (bits + 7) / 8; }
 inline uint64_t load(const uint8_t* s, size_t offset, int count) {
   const uint8_t* p = s + offset / 8;
   const int skip = static_cast<int>(offset % 8);
+  if (skip == 0 && count == 64)
+    return uint64_t{p[0]} << 56 | uint64_t{p[1]} << 48 | uint64_t{p[2]} << 40 | uint64_t{p[3]} << 32 |
+           uint64_t{p[4]} << 24 | uint64_t{p[5]} << 16 | uint64_t{p[6]} << 8 | uint64_t{p[7]};
   const int bytes = (skip + count + 7) / 8;
   uint64_t v = 0;
   for (int i = 0; i < bytes && i < 8; ++i) v = (v << 8) | p[i];
@@ -40,13 +43,14 @@ inline bool packInts(const int* src, size_t count, uint8_t* dst) {
   unsigned all = 0;
   size_t i = 0;
   for (; i + 8 <= count; i += 8) {
-    unsigned byte = 0;
-    for (int j = 0; j < 8; ++j) {
-      const unsigned v = static_cast<unsigned>(src[i + j]);
-      all |= v;
-      byte = (byte << 1) | v;
-    }
-    dst[i / 8] = static_cast<uint8_t>(byte);
+    const int* q = src + i;
+    const unsigned v0 = static_cast<unsigned>(q[0]), v1 = static_cast<unsigned>(q[1]),
+                   v2 = static_cast<unsigned>(q[2]), v3 = static_cast<unsigned>(q[3]),
+                   v4 = static_cast<unsigned>(q[4]), v5 = static_cast<unsigned>(q[5]),
+                   v6 = static_cast<unsigned>(q[6]), v7 = static_cast<unsigned>(q[7]);
+    all |= (v0 | v1) | (v2 | v3) | ((v4 | v5) | (v6 | v7));
+    dst[i / 8] = static_cast<uint8_t>(((v0 << 7 | v1 << 6) | (v2 << 5 | v3 << 4)) |
+                                      ((v4 << 3 | v5 << 2) | (v6 << 1 | v7)));
   }
   if (i < count) {
     unsigned byte = 0;
