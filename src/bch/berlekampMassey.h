@@ -25,5 +25,7 @@ class BerlekampMassey {
  private:
   const FieldTables& field;
   int t;
-  std::vector<uint16_t> B, T;
+  std::vector<int32_t> B;  // logarithms
+  std::vector<uint16_t> T;
+  std::vector<int32_t> syndromeLogs, lambdaLogs;
 };

@@ -72,19 +72,33 @@ void LocatorRoots::squareModulo(const uint16_t* p, uint16_t* out) const {
 
 int LocatorRoots::remainder(uint16_t* a, int degA, const uint16_t* f, int degF) {
   // The divisor's logarithms once, then one table look-up per product; the
-  // quotient digit a_i / f_degF is a difference of logarithms.
+  // quotient digit a_i / f_degF is a difference of logarithms. The digit of
+  // the next step depends only on the coefficient just below the current
+  // one, which is updated first and kept in a register: the steps form a
+  // chain, and this keeps the chain short.
   int32_t* fLog = divisorLogs.data();
   for (int j = 0; j < degF; ++j) fLog[j] = field.log(f[j]);
   const int leadLog = field.log(f[degF]);
+  if (degA < degF) return trimmedDegree(a, degA);
+  if (degF == 0) {
+    std::fill(a, a + degA + 1, 0);
+    return -1;
+  }
+  uint16_t lead = a[degA];
   for (int i = degA; i >= degF; --i) {
-    if (a[i] == 0) continue;
-    int lc = field.log(a[i]) - leadLog;
-    if (lc < 0) lc += field.order();
     uint16_t* row = a + i - degF;
-    for (int j = 0; j < degF; ++j) row[j] ^= field.expOfLogSum(fLog[j], lc);
+    if (lead == 0) {
+      lead = row[degF - 1];
+      continue;
+    }
+    int lc = field.log(lead) - leadLog;
+    if (lc < 0) lc += field.order();
+    lead = row[degF - 1] ^ field.expOfLogSum(fLog[degF - 1], lc);
+    for (int j = 0; j + 1 < degF; ++j) row[j] ^= field.expOfLogSum(fLog[j], lc);
+    row[degF - 1] = lead;
     a[i] = 0;
   }
-  return trimmedDegree(a, std::min(degA, degF - 1));
+  return trimmedDegree(a, degF - 1);
 }
 
 // Euclid on a and b (both overwritten); result points at the monic gcd.
