@@ -80,11 +80,22 @@ void GeneratorRemainder::divideInRegisters(const uint8_t* message, size_t bits, 
 void GeneratorRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint64_t* rem) const {
   std::fill(rem, rem + nWords, 0);
   if (r == 0) return;
+  // Fixed word counts let the compiler unroll and keep the remainder local;
+  // beyond 12 words (t > 51 over GF(2^15)) the unrolled form spills and the
+  // plain loop is faster.
   switch (nWords) {
     case 1: return divideInRegisters<1>(message, bits, rem);
     case 2: return divideInRegisters<2>(message, bits, rem);
     case 3: return divideInRegisters<3>(message, bits, rem);
     case 4: return divideInRegisters<4>(message, bits, rem);
+    case 5: return divideInRegisters<5>(message, bits, rem);
+    case 6: return divideInRegisters<6>(message, bits, rem);
+    case 7: return divideInRegisters<7>(message, bits, rem);
+    case 8: return divideInRegisters<8>(message, bits, rem);
+    case 9: return divideInRegisters<9>(message, bits, rem);
+    case 10: return divideInRegisters<10>(message, bits, rem);
+    case 11: return divideInRegisters<11>(message, bits, rem);
+    case 12: return divideInRegisters<12>(message, bits, rem);
     default: break;
   }
   // A first short chunk stands for 64 bits with leading zeros, which do not

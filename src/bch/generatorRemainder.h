@@ -32,7 +32,7 @@ class GeneratorRemainder {
 
  private:
   void step(uint64_t* rem, uint64_t chunk) const;
-  // The whole division with the remainder in W registers (short generators).
+  // The whole division with a W-word remainder held locally.
   template <int W>
   void divideInRegisters(const uint8_t* message, size_t bits, uint64_t* rem) const;
 
