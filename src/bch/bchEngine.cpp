@@ -12,28 +12,17 @@ bool BchEngine::supports(GF* gf, int n, int t, int b) {
 }
 
 std::vector<int> BchEngine::generatorOf(const FieldTables& field, const std::set<int>& roots) {
-  const int order = field.order();
   std::vector<int> g{1};
   std::set<int> done;
+  std::vector<int> coset;
   for (int e : roots) {
     if (done.count(e)) continue;
-    // M(x) = prod (x + alpha^x) over the coset of e, in polynomial basis.
-    std::vector<uint16_t> minimal{1};
-    int x = e;
-    do {
-      done.insert(x);
-      std::vector<uint16_t> next(minimal.size() + 1, 0);
-      for (size_t i = 0; i < minimal.size(); ++i) {
-        next[i + 1] ^= minimal[i];
-        next[i] ^= field.mul(minimal[i], field.exp(x));
-      }
-      minimal.swap(next);
-      x = static_cast<int>((2 * static_cast<int64_t>(x)) % order);
-    } while (x != e);
-    // Multiply over GF(2); the coefficients of M are 0 or 1 in a field.
+    const std::vector<int> minimal = field.minimalPolynomial(e, coset);
+    done.insert(coset.begin(), coset.end());
+    // g <- g M over GF(2).
     std::vector<int> product(g.size() + minimal.size() - 1, 0);
     for (size_t i = 0; i < minimal.size(); ++i)
-      if (minimal[i] & 1)
+      if (minimal[i] != 0)
         for (size_t j = 0; j < g.size(); ++j) product[i + j] ^= g[j];
     g.swap(product);
   }

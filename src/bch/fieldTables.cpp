@@ -49,3 +49,22 @@ FieldTables::FieldTables(GF* gf)
     if (quadraticRoots[c] < 0) quadraticRoots[c] = y;
   }
 }
+
+std::vector<int> FieldTables::minimalPolynomial(int e, std::vector<int>& coset) const {
+  coset.assign(1, e);
+  for (int x = static_cast<int>((2 * static_cast<int64_t>(e)) % groupOrder); x != e;
+       x = static_cast<int>((2 * static_cast<int64_t>(x)) % groupOrder))
+    coset.push_back(x);
+  std::vector<uint16_t> poly{1};
+  for (int x : coset) {
+    std::vector<uint16_t> next(poly.size() + 1, 0);
+    for (size_t i = 0; i < poly.size(); ++i) {
+      next[i + 1] ^= poly[i];
+      next[i] ^= mul(poly[i], expTable[x]);
+    }
+    poly.swap(next);
+  }
+  // The coset is closed under squaring, so the product is its own square:
+  // every coefficient is 0 or 1.
+  return std::vector<int>(poly.begin(), poly.end());
+}

@@ -43,6 +43,12 @@ class FieldTables {
   uint16_t fromExponent(int e) const { return e == groupOrder ? 0 : expTable[e]; }
   int toExponent(uint16_t v) const { return v == 0 ? groupOrder : logTable[v]; }
 
+  // The minimal polynomial of alpha^e over GF(2): the product of
+  // (x + alpha^x) over the cyclotomic coset {e 2^s mod order}, as bits in
+  // degree order (its degree is the coset's size). coset receives the
+  // members, e first.
+  std::vector<int> minimalPolynomial(int e, std::vector<int>& coset) const;
+
   // One root y of y^2 + y = c, or -1 when there is none (trace of c is 1).
   int quadraticRoot(uint16_t c) const { return quadraticRoots[c]; }
 

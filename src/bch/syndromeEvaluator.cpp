@@ -13,27 +13,16 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field
   powers.assign(static_cast<size_t>(2 * t) * m, 0);
   for (int j = 0; j < 2 * t; ++j) {
     const int e = (b + j) % order;
-    // The coset {e 2^s mod order} is named by its least member.
-    std::vector<int> members{e};
-    for (int x = (2 * e) % order; x != e; x = (2 * x) % order) members.push_back(x);
+    // A coset is named by its least member.
+    std::vector<int> members;
+    const std::vector<int> minimal = field.minimalPolynomial(e, members);
     const int leader = *std::min_element(members.begin(), members.end());
     auto found = cosetByLeader.find(leader);
     if (found == cosetByLeader.end()) {
-      // M(x) = prod (x + alpha^x) over the coset; its coefficients are 0 or 1.
-      std::vector<uint16_t> poly{1};
-      for (int x : members) {
-        std::vector<uint16_t> next(poly.size() + 1, 0);
-        const uint16_t root = field.exp(x);
-        for (size_t i = 0; i < poly.size(); ++i) {
-          next[i + 1] ^= poly[i];
-          next[i] ^= field.mul(poly[i], root);
-        }
-        poly.swap(next);
-      }
       Coset c;
       c.degree = static_cast<int>(members.size());
       c.polynomial = 0;
-      for (int i = 0; i <= c.degree; ++i) c.polynomial |= static_cast<uint32_t>(poly[i] & 1) << i;
+      for (int i = 0; i <= c.degree; ++i) c.polynomial |= static_cast<uint32_t>(minimal[i] & 1) << i;
       if (c.degree >= 8) {
         const uint32_t mask = (uint32_t{1} << c.degree) - 1;
         c.byteReduction.assign(256, 0);
