@@ -26,7 +26,7 @@ namespace flashbch {
 // and the run stays under a minute.
 const char* const kDefaultSnrSweep = "13.9:0.2:14.9";
 const char* const kDefaultRberSweep = "2.8e-3:*1.2:7e-3";
-const std::int64_t kDefaultMaxBlocks = 300;
+const std::int64_t kDefaultMaxBlocks = 20000;
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "bch/bch.h"
+#include "bch/bchEngine.h"
+#include "bch/packedBits.h"
 #include "gf/exp2Int15.h"
 #include "gf/gf2m.h"
 
@@ -67,6 +69,21 @@ void FlashBCH::init(int numCodewords_, int* dataLengths_, int t_, bool bypass_, 
   storedParityLen = byteAlignParity ? rounded : parityLen;
   if (bypass) storedParityLen = 0;
 
+  // Build every code now, and size the scratch for the longest.
+  int longest = 0;
+  if (!bypass && t > 0)
+    for (int i = 0; i < numCodewords; ++i) {
+      const int k = messageLength(i);
+      if (k < 1) continue;
+      codeFor(k);
+      longest = std::max(longest, k);
+    }
+  packedData.assign(packedbits::bytesFor(longest) + 8, 0);
+  packedParity.assign(packedbits::bytesFor(std::max(parityLen, storedParityLen)) + 8, 0);
+  engineSyndromes.assign(std::max(2 * t, 0), 0);
+  engineLambda.assign(std::max(2 * t + 1, 0), 0);
+  errorPositions.assign(std::max(t + 1, 0), 0);
+
   syndromes = new int*[std::max(numCodewords, 0)];
   lambdas = new int*[std::max(numCodewords, 0)];
   for (int i = 0; i < numCodewords; ++i) {
@@ -83,8 +100,12 @@ int FlashBCH::messageLength(int index) const {
 }
 
 BCH* FlashBCH::codeFor(int k) {
+  const auto found = codesByLength.find(k);
+  if (found != codesByLength.end()) return found->second.get();
+  // Codes of every length share the tables that depend only on t.
+  const BCH* sibling = codesByLength.empty() ? nullptr : codesByLength.begin()->second.get();
   std::unique_ptr<BCH>& slot = codesByLength[k];
-  if (!slot) slot = std::make_unique<BCH>(field, 0, t, 1, k);
+  slot = std::make_unique<BCH>(field, 0, t, 1, k, sibling);
   return slot.get();
 }
 
@@ -97,6 +118,10 @@ void FlashBCH::encode(int* in, int* out, int index) {
   const int k = messageLength(index);
   const int fill = k - len;
   code = codeFor(k);
+  if (encodePacked(in, out, len, k)) {
+    code = nullptr;
+    return;
+  }
   message.assign(k, 0);
   codeword.assign(static_cast<size_t>(k) + storedParityLen, 0);
   if (placement == 0) std::copy(in, in + len, message.begin() + fill);
@@ -120,6 +145,12 @@ int FlashBCH::decode(int* in, int* out, int index) {
   }
   const int k = messageLength(index);
   const int fill = k - len;
+  code = codeFor(k);
+  int packedResult = 0;
+  if (decodePacked(in, out, index, len, k, fill, packedResult)) {
+    code = nullptr;
+    return packedResult;
+  }
   codeword.assign(static_cast<size_t>(k) + parityLen, 0);
   received.assign(static_cast<size_t>(k) + storedParityLen, 0);
   if (placement == 1) {
@@ -130,7 +161,6 @@ int FlashBCH::decode(int* in, int* out, int index) {
   } else {
     std::copy(in, in + len + storedParityLen, received.begin() + fill);
   }
-  code = codeFor(k);
   const int corrected = code->decode(received.data(), codeword.data(), false, tDecode);
   const int result = corrected == 0 ? 1 : 0;
 
@@ -149,6 +179,66 @@ int FlashBCH::decode(int* in, int* out, int index) {
   std::copy(codeword.begin() + start, codeword.begin() + start + len, out);
   code = nullptr;
   return result;
+}
+
+bool FlashBCH::encodePacked(const int* in, int* out, int len, int k) {
+  BchEngine* engine = code->packedEngine();
+  if (engine == nullptr || engine->parityLength() != parityLen) return false;
+  // Leading fill (placement 0) is left out: leading zeros do not change
+  // the remainder. Trailing fill (placement 1) is packed as zeros.
+  uint8_t* data = packedData.data();
+  if (!packedbits::packInts(in, len, data)) return false;  // the plain encoder's arithmetic differs
+  int bits = len;
+  if (placement == 1) {
+    std::fill(data + packedbits::bytesFor(len), data + packedbits::bytesFor(k), 0);
+    bits = k;
+  } else if (placement != 0) {
+    return false;
+  }
+  engine->encodeParity(data, bits, packedParity.data());
+  std::copy(in, in + len, out);
+  packedbits::unpackInts(packedParity.data(), parityLen, out + len);
+  std::fill(out + len + parityLen, out + len + storedParityLen, 0);
+  return true;
+}
+
+bool FlashBCH::decodePacked(const int* in, int* out, int index, int len, int k, int fill, int& result) {
+  BchEngine* engine = code->packedEngine();
+  if (engine == nullptr || engine->parityLength() != parityLen || (placement != 0 && placement != 1)) return false;
+  std::copy(in, in + len, out);
+  if (tDecode == 0) {
+    // A decoder told not to decode computes nothing; a fresh code object
+    // would then report its initial contents, the zero element throughout.
+    std::fill(syndromes[index], syndromes[index] + 2 * t, 0);
+    std::fill(lambdas[index], lambdas[index] + lambdaLength(), 0);
+    result = 0;
+    return true;
+  }
+  // Non-zero entries count as ones, as in the plain syndrome pass. The
+  // parity of a placement-1 word is read from the start of the input.
+  uint8_t* data = packedData.data();
+  packedbits::packInts(in, len, data);
+  int bits = len;
+  if (placement == 1) {
+    std::fill(data + packedbits::bytesFor(len), data + packedbits::bytesFor(k), 0);
+    bits = k;
+  }
+  packedbits::packInts(placement == 1 ? in : in + len, parityLen, packedParity.data());
+  int count = 0;
+  const int corrected = engine->decode(data, bits, packedParity.data(), tDecode, false, engineSyndromes.data(),
+                                       engineLambda.data(), errorPositions.data(), count);
+  result = corrected == 0 ? 1 : 0;
+  // Error degree p is word index n-1-p; the data sit at word indices
+  // fill..fill+len-1 (placement 0) or 0..len-1 (placement 1).
+  const int n = k + parityLen;
+  const int first = placement == 1 ? 0 : fill;
+  for (int e = 0; e < count; ++e) {
+    const int at = n - 1 - errorPositions[e] - first;
+    if (at >= 0 && at < len) out[at] = (out[at] + 1) % 2;
+  }
+  for (int j = 0; j < 2 * t; ++j) syndromes[index][j] = field->exp2Int(engineSyndromes[j]);
+  for (int j = 0; j < lambdaLength(); ++j) lambdas[index][j] = field->exp2Int(engineLambda[j]);
+  return true;
 }
 
 void FlashBCH::encode_au(int* in, int* out) {

@@ -7,11 +7,15 @@
 // of lengthUnit, the extra zero fill going before the data with placement 0
 // or after it with placement 1), narrow sense (roots alpha^1 .. alpha^2t).
 //
-// One code object is kept per distinct k for the life of a configuration;
-// building a code costs far more than using it, and every output is the
-// same as with a fresh object per codeword.
+// One code object is kept per distinct k for the life of a configuration,
+// built by init; building a code costs far more than using it, and every
+// output is the same as with a fresh object per codeword. When the code
+// runs on the packed engine (see BchEngine) the adapter packs each
+// codeword's ints once and works on bits: no int-per-bit codeword is built,
+// and scratch space is sized by init, so encode and decode allocate nothing.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <vector>
@@ -44,6 +48,9 @@ class FlashBCH : public IFlashBCH {
  private:
   int messageLength(int index) const;
   BCH* codeFor(int k);
+  // The engine paths; false when the code or the input needs the plain path.
+  bool encodePacked(const int* in, int* out, int len, int k);
+  bool decodePacked(const int* in, int* out, int index, int len, int k, int fill, int& result);
   int lambdaLength() const { return tDecode * 2 + 1 > 0 ? tDecode * 2 + 1 : 0; }
 
   int numCodewords = 0;
@@ -65,4 +72,6 @@ class FlashBCH : public IFlashBCH {
 
   std::map<int, std::unique_ptr<BCH>> codesByLength;
   std::vector<int> message, codeword, received;  // scratch, reused across calls
+  std::vector<uint8_t> packedData, packedParity;
+  std::vector<int> engineSyndromes, engineLambda, errorPositions;
 };

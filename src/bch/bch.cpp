@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "Tools/utilities.h"
+#include "bch/bchEngine.h"
+#include "bch/packedBits.h"
 #include "gf/gf.h"
 #include "gf/gfutilities.h"
 #include "randgen/classicGenerators.h"
@@ -38,7 +40,9 @@ std::set<int> rootExponents(int b, int t, int m, int q) {
 
 }  // namespace
 
-BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
+BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_) : BCH(gf_, n_, t_, b_, k_, nullptr) {}
+
+BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_, const BCH* tablesFrom)
     : gf(gf_),
       n(n_),
       k(k_),
@@ -61,8 +65,43 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
   else
     k = n - r;
 
+  if (k >= 0 && BchEngine::supports(gf, n, t, b)) {
+    genPoly = new int[r + 1];
+    std::shared_ptr<const FieldTables> tables;
+    std::shared_ptr<const GeneratorRemainder> divider;
+    if (tablesFrom && tablesFrom->engine && tablesFrom->gf == gf && tablesFrom->t == t && tablesFrom->b == b) {
+      tables = tablesFrom->engine->sharedField();
+      divider = tablesFrom->engine->sharedDivider();
+      std::copy(tablesFrom->genPoly, tablesFrom->genPoly + r + 1, genPoly);
+    } else {
+      tables = std::make_shared<const FieldTables>(gf);
+      const std::vector<int> g = BchEngine::generatorOf(*tables, roots);
+      std::copy(g.begin(), g.end(), genPoly);
+      divider = std::make_shared<const GeneratorRemainder>(genPoly, r);
+    }
+    engine = std::make_unique<BchEngine>(std::move(tables), std::move(divider), n, k, t, b);
+    packedMessage.assign(packedbits::bytesFor(k) + 1, 0);
+    packedParity.assign(packedbits::bytesFor(r) + 1, 0);
+    errorPositions.assign(t + 1, 0);
+  } else {
+    buildGeneratorInField(roots);
+  }
+
+  const int zero = gf->getZero();
+  // A fresh code reports zero syndromes and a zero locator. The syndrome
+  // store has room for S1..S5 even when n-k < 5, so that the closed-form
+  // solver never reads outside it.
+  const int syndromeSlots = std::max(n - k, 5);
+  syndromes = new int[syndromeSlots];
+  std::fill(syndromes, syndromes + syndromeSlots, zero);
+  lambda = new int[2 * t + 1];
+  std::fill(lambda, lambda + 2 * t + 1, zero);
+}
+
+void BCH::buildGeneratorInField(const std::set<int>& roots) {
   // g(x) = prod over R of (x + alpha^e), grown one linear factor at a time
   // in field form, degree order.
+  const int r = static_cast<int>(roots.size());
   const int zero = gf->getZero();
   const int one = gf->getOne();
   genPoly = new int[r + 1];
@@ -79,7 +118,7 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
   }
   // R is closed under doubling, so g is its own Frobenius image and every
   // coefficient is 0 or 1; anything else means the field is broken.
-  for (int i = 0; i <= n - k; ++i) {
+  for (int i = 0; i <= r; ++i) {
     if (genPoly[i] == one)
       genPoly[i] = 1;
     else if (genPoly[i] == zero)
@@ -87,18 +126,6 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_)
     else
       fatal("BCH constructor error!");
   }
-
-  // nParity -1 gives 2t parity symbols with roots alpha^0 .. alpha^(2t-1).
-  rsecc = new RSECC(gf, t, -1, false, 0);
-
-  // A fresh code reports zero syndromes and a zero locator. The syndrome
-  // store has room for S1..S5 even when n-k < 5, so that the closed-form
-  // solver never reads outside it.
-  const int syndromeSlots = std::max(n - k, 5);
-  syndromes = new int[syndromeSlots];
-  std::fill(syndromes, syndromes + syndromeSlots, zero);
-  lambda = new int[2 * t + 1];
-  std::fill(lambda, lambda + 2 * t + 1, zero);
 }
 
 BCH::~BCH() {
@@ -108,7 +135,39 @@ BCH::~BCH() {
   delete[] lambda;
 }
 
+bool BCH::packWord(const int* word, bool degreeOrder) {
+  const int r = n - k;
+  if (degreeOrder)
+    return packedbits::packIntsReversed(word + n - 1, k, packedMessage.data()) &
+           packedbits::packIntsReversed(word + r - 1, r, packedParity.data());
+  return packedbits::packInts(word, k, packedMessage.data()) &
+         packedbits::packInts(word + k, r, packedParity.data());
+}
+
+int BCH::packedWeightParity() const {
+  // The packing clears the tails of both buffers, so whole bytes may be XORed.
+  unsigned ones = 0;
+  for (size_t i = 0; i < packedbits::bytesFor(k); ++i) ones ^= packedMessage[i];
+  for (size_t i = 0; i < packedbits::bytesFor(n - k); ++i) ones ^= packedParity[i];
+  ones ^= ones >> 4;
+  ones ^= ones >> 2;
+  ones ^= ones >> 1;
+  return static_cast<int>(ones & 1);
+}
+
+int BCH::parityFold(const int* word, int length) {
+  int p = 0;
+  for (int i = 0; i < length; ++i) p = (p + word[i]) % 2;
+  return p;
+}
+
 void BCH::encode(int* msg, int* cw) {
+  if (engine && packedbits::packInts(msg, k, packedMessage.data())) {
+    std::copy(msg, msg + k, cw);
+    engine->encodeParity(packedMessage.data(), k, packedParity.data());
+    packedbits::unpackInts(packedParity.data(), n - k, cw + k);
+    return;
+  }
   // Degree order: x^(n-k) m(x) in the top k cells, parity below it.
   for (int i = 0; i < k; ++i) cw[n - 1 - i] = msg[i];
   std::fill(cw, cw + (n - k), 0);
@@ -119,6 +178,11 @@ void BCH::encode(int* msg, int* cw) {
 }
 
 void BCH::encode_parity(const int* msg, int* parityBits) {
+  if (engine && packedbits::packInts(msg, k, packedMessage.data())) {
+    engine->encodeParity(packedMessage.data(), k, packedParity.data());
+    packedbits::unpackInts(packedParity.data(), n - k, parityBits);
+    return;
+  }
   std::vector<int> shifted(n, 0);
   for (int i = 0; i < k; ++i) shifted[n - 1 - i] = msg[i];
   findRemainderGF2(shifted.data(), n - 1, genPoly, n - k, parityBits);
@@ -142,9 +206,22 @@ void BCH::findRemainderGF2(int* a, int degA, int* g, int degG, int* rem) {
 }
 
 bool BCH::computeSyndromes(int* r, int* S) {
-  parity = 0;
-  for (int i = 0; i < n; ++i) parity = (parity + r[i]) % 2;
+  if (!engine) return plainSyndromes(r, S);
+  // Syndromes see non-zero entries as ones; the parity member adds the raw
+  // values, which only differs from the bit parity for other entries.
+  const bool binary = packWord(r, true);
+  bool codeword = engine->syndromes(packedMessage.data(), k, packedParity.data(), S);
+  if (binary) {
+    parity = packedWeightParity();
+  } else {
+    parity = parityFold(r, n);
+  }
+  if (b == 0 && parity == 1) codeword = false;
+  return codeword;
+}
 
+bool BCH::plainSyndromes(int* r, int* S) {
+  parity = parityFold(r, n);
   const int zero = gf->getZero();
   const int one = gf->getOne();
   std::fill(S, S + 2 * t, zero);
@@ -175,6 +252,13 @@ void BCH::returnSyndromes(int* out, int len) {
 }
 
 void BCH::BMA(int* S, int* Lambda, int tLimit) {
+  if (engine)
+    engine->locator(S, tLimit, Lambda);
+  else
+    plainBMA(S, Lambda, tLimit);
+}
+
+void BCH::plainBMA(int* S, int* Lambda, int tLimit) {
   const int zero = gf->getZero();
   const int one = gf->getOne();
   // B is the correction polynomial, kept scaled by the inverse of the
@@ -220,6 +304,25 @@ int BCH::decode(int* in, int* out, bool rsMode, int tLimit) {
 int BCH::decodeBCH(int* in, int* out, int tLimit) {
   std::copy(in, in + n, out);
   if (tLimit == 0) return 1;
+  if (engine) {
+    // The word is read in interface order; the parity member folds it in
+    // degree order, as the plain decoder reverses it first.
+    const bool binary = packWord(in, false);
+    if (binary) {
+      parity = packedWeightParity();
+    } else {
+      parity = 0;
+      for (int i = n - 1; i >= 0; --i) parity = (parity + in[i]) % 2;
+    }
+    int count = 0;
+    const int result = engine->decode(packedMessage.data(), k, packedParity.data(), tLimit, b == 0 && parity == 1,
+                                      syndromes, lambda, errorPositions.data(), count);
+    for (int e = 0; e < count; ++e) {
+      int& bit = out[n - 1 - errorPositions[e]];
+      bit = (bit + 1) % 2;
+    }
+    return result;
+  }
 
   array_rev(out, n);
   if (computeSyndromes(out, syndromes)) {
@@ -243,7 +346,14 @@ int BCH::chienSearch(int* locator, int* word) {
   int d = 2 * t;
   while (d >= 0 && locator[d] == zero) --d;
   if (d < 0 || d > t) return 0;
+  if (!engine) return plainChienSearch(locator, word, d);
+  if (d == 0 || !engine->roots(locator, d, errorPositions.data())) return 0;
+  for (int e = 0; e < d; ++e) word[errorPositions[e]] = (word[errorPositions[e]] + 1) % 2;
+  return 1;
+}
 
+int BCH::plainChienSearch(int* locator, int* word, int d) {
+  const int zero = gf->getZero();
   // An error at degree p makes alpha^-p a root. Only the n degrees of the
   // shortened code are tried, so a root among the removed high degrees
   // shows up as a missing root below.
@@ -261,6 +371,8 @@ int BCH::decodeRS(int* in, int* out, int tLimit) {
   // also the Reed-Solomon decoder's leading-first order.
   const int zero = gf->getZero();
   const int one = gf->getOne();
+  // nParity -1 gives 2t parity symbols with roots alpha^0 .. alpha^(2t-1).
+  if (rsecc == nullptr) rsecc = new RSECC(gf, t, -1, false, 0);
   for (int i = 0; i < n; ++i) out[i] = in[i] == 1 ? one : zero;
   const int result = rsecc->decode(out, n, tLimit, nullptr);
   for (int i = 0; i < n; ++i) out[i] = out[i] == one ? 1 : 0;

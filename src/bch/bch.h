@@ -23,9 +23,24 @@
 // Field elements are ints in exponent form (alpha^e = e, one = 0,
 // zero = 2^m - 1). Decoder results are 1 (clean or corrected) or 0 (failed).
 //
+// Speed. Over a genuine field (see FieldTables) the code runs on a
+// BchEngine: packed words, table-driven division by g(x), syndromes from the
+// remainder, a degree-bounded Berlekamp-Massey and root finding by the trace
+// algorithm. Every member still returns and stores exactly what the plain
+// algorithms (kept in bch.cpp) compute; they remain the path for other
+// fields, for over-long codes and for words with entries other than 0 and 1
+// where the plain arithmetic differs from binary arithmetic (the encoders).
+// The Reed-Solomon decoder is built on the first RS-mode decode.
+//
 // Fatal conditions print one line and end the process with exit(-1).
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <vector>
+
+class BchEngine;
 class GF;
 class RSECC;
 
@@ -35,6 +50,10 @@ class BCH {
   // length is n and k = n - r. Only b = 1, and b = 0 with t = 1, exist.
   // gf is borrowed and must outlive the code.
   BCH(GF* gf, int n, int t, int b, int k);
+  // The same code, sharing the engine's length-independent tables with
+  // tablesFrom when that code has the same field, t and b (the flash adapter
+  // keeps one code per data length).
+  BCH(GF* gf, int n, int t, int b, int k, const BCH* tablesFrom);
   ~BCH();
   BCH(const BCH&) = delete;
   BCH& operator=(const BCH&) = delete;
@@ -78,6 +97,9 @@ class BCH {
   // as anything but one is a 0 bit. Writes none of the stored results.
   int decodeRS(int* in, int* out, int tLimit);
 
+  // The packed-bit engine, or null when the plain algorithms apply.
+  BchEngine* packedEngine() const { return engine.get(); }
+
   // out = in with numErrors distinct bits flipped at positions drawn from
   // ran1(&seed); numErrors must not exceed n.
   void injectHardErrors(int* in, int* out, int numErrors, long& seed);
@@ -93,4 +115,21 @@ class BCH {
   int parity;      // overall parity of the last word whose syndromes were computed; -1 before
   int* syndromes;  // n-k entries (at least 5), the first 2t of them computed; zero when fresh
   int* lambda;     // 2t+1 entries, the last locator of decodeBCH; zero when fresh
+
+ private:
+  void buildGeneratorInField(const std::set<int>& roots);
+  // Packs an n-bit word (interface order, or degree order when reversed)
+  // into the message and parity buffers; true when all entries are 0 or 1.
+  bool packWord(const int* word, bool degreeOrder);
+  // Weight parity of the packed word.
+  int packedWeightParity() const;
+  // The parity member's fold (parity + v) % 2 over the word in array order.
+  static int parityFold(const int* word, int length);
+  bool plainSyndromes(int* r, int* S);
+  void plainBMA(int* S, int* Lambda, int tLimit);
+  int plainChienSearch(int* locator, int* word, int d);
+
+  std::unique_ptr<BchEngine> engine;
+  std::vector<uint8_t> packedMessage, packedParity;
+  std::vector<int> errorPositions;
 };

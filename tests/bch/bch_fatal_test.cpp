@@ -22,6 +22,11 @@ TEST(BchFatal, Construction) {
   const int p[] = {1, 0, 0, 1, 1};
   SkewedField skewed(4, p, 4, static_cast<const char*>(nullptr));
   EXPECT_EXIT_PRINTS(BCH(&skewed, 15, 1, 1, 0), 255, "BCH constructor error!\n");
+  // x^4 + x^3 + x^2 + x + 1 passes the field's checks but is not primitive:
+  // its table is no field, and the generator built in it is not binary.
+  const int notPrimitive[] = {1, 1, 1, 1, 1};
+  GF2m broken(4, notPrimitive, 4, static_cast<const char*>(nullptr));
+  EXPECT_EXIT_PRINTS(BCH(&broken, 15, 1, 1, 0), 255, "BCH constructor error!\n");
 }
 
 TEST(BchFatal, ReadBackBounds) {

@@ -35,6 +35,8 @@ struct Probe : BCH {
   using BCH::k;
   using BCH::n;
   using BCH::parity;
+  using BCH::syndromes;
+  using BCH::lambda;
   std::vector<int> generator() const { return std::vector<int>(genPoly, genPoly + n - k + 1); }
 };
 

@@ -1,0 +1,115 @@
+// Syndromes through the minimal polynomials of the code's roots; see the
+// header for the reduction and the evaluation.
+#include "bch/syndromeEvaluator.h"
+
+#include <algorithm>
+#include <map>
+
+#include "bch/fieldTables.h"
+
+SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field(f) {
+  const int m = field.m(), order = field.order();
+  std::map<int, int> cosetByLeader;
+  powers.assign(static_cast<size_t>(2 * t) * m, 0);
+  for (int j = 0; j < 2 * t; ++j) {
+    const int e = (b + j) % order;
+    // A coset is named by its least member.
+    std::vector<int> members;
+    const std::vector<int> minimal = field.minimalPolynomial(e, members);
+    const int leader = *std::min_element(members.begin(), members.end());
+    auto found = cosetByLeader.find(leader);
+    if (found == cosetByLeader.end()) {
+      Coset c;
+      c.degree = static_cast<int>(members.size());
+      c.polynomial = 0;
+      for (int i = 0; i <= c.degree; ++i) c.polynomial |= static_cast<uint32_t>(minimal[i] & 1) << i;
+      if (c.degree >= 8) {
+        const uint32_t mask = (uint32_t{1} << c.degree) - 1;
+        c.byteReduction.assign(256, 0);
+        for (uint32_t u = 0; u < 256; ++u) {
+          // u(x) x^d mod M, one bit at a time from the top.
+          uint32_t s = 0;
+          for (int bit = 7; bit >= 0; --bit) {
+            s = (s << 1) ^ (((u >> bit) & 1) << c.degree);
+            if (s >> c.degree) s ^= c.polynomial;
+          }
+          c.byteReduction[u] = s & mask;
+        }
+      }
+      found = cosetByLeader.emplace(leader, static_cast<int>(cosets.size())).first;
+      cosets.push_back(std::move(c));
+    }
+    cosetOfSyndrome.push_back(found->second);
+    for (int i = 0; i < m; ++i)
+      powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
+  }
+  residues.assign(cosets.size(), 0);
+}
+
+uint32_t SyndromeEvaluator::reduce(const Coset& c, const uint64_t* rem, int r) const {
+  uint32_t s = 0;
+  int i = 0;
+  if (c.degree >= 8) {
+    const uint32_t mask = (uint32_t{1} << c.degree) - 1;
+    const int shift = c.degree - 8;
+    for (; i + 8 <= r; i += 8) {
+      const uint32_t byte = static_cast<uint32_t>(rem[i / 64] >> (56 - i % 64)) & 0xff;
+      s = ((s << 8) & mask) ^ c.byteReduction[s >> shift] ^ byte;
+    }
+  }
+  for (; i < r; ++i) {
+    s = (s << 1) | static_cast<uint32_t>((rem[i / 64] >> (63 - i % 64)) & 1);
+    if (s >> c.degree) s ^= c.polynomial;
+  }
+  return s;
+}
+
+void SyndromeEvaluator::reduceFour(const Coset* c, const uint64_t* rem, int r, uint32_t* out) const {
+  // Four independent table chains per byte hide each other's latency.
+  uint32_t s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+  const uint32_t m0 = (uint32_t{1} << c[0].degree) - 1, m1 = (uint32_t{1} << c[1].degree) - 1,
+                 m2 = (uint32_t{1} << c[2].degree) - 1, m3 = (uint32_t{1} << c[3].degree) - 1;
+  const int h0 = c[0].degree - 8, h1 = c[1].degree - 8, h2 = c[2].degree - 8, h3 = c[3].degree - 8;
+  const uint32_t *t0 = c[0].byteReduction.data(), *t1 = c[1].byteReduction.data(), *t2 = c[2].byteReduction.data(),
+                 *t3 = c[3].byteReduction.data();
+  int i = 0;
+  for (; i + 8 <= r; i += 8) {
+    const uint32_t byte = static_cast<uint32_t>(rem[i / 64] >> (56 - i % 64)) & 0xff;
+    s0 = ((s0 << 8) & m0) ^ t0[s0 >> h0] ^ byte;
+    s1 = ((s1 << 8) & m1) ^ t1[s1 >> h1] ^ byte;
+    s2 = ((s2 << 8) & m2) ^ t2[s2 >> h2] ^ byte;
+    s3 = ((s3 << 8) & m3) ^ t3[s3 >> h3] ^ byte;
+  }
+  uint32_t s[4] = {s0, s1, s2, s3};
+  for (int q = 0; q < 4; ++q) {
+    for (int j = i; j < r; ++j) {
+      s[q] = (s[q] << 1) | static_cast<uint32_t>((rem[j / 64] >> (63 - j % 64)) & 1);
+      if (s[q] >> c[q].degree) s[q] ^= c[q].polynomial;
+    }
+    out[q] = s[q];
+  }
+}
+
+void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
+  size_t c = 0;
+  const size_t count4 = cosets.size() - cosets.size() % 4;
+  for (; c < count4; c += 4) {
+    const bool wide =
+        cosets[c].degree >= 8 && cosets[c + 1].degree >= 8 && cosets[c + 2].degree >= 8 && cosets[c + 3].degree >= 8;
+    if (wide) {
+      reduceFour(&cosets[c], rem, r, &residues[c]);
+    } else {
+      for (size_t q = c; q < c + 4; ++q) residues[q] = reduce(cosets[q], rem, r);
+    }
+  }
+  for (; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
+  const int m = field.m();
+  const int count = static_cast<int>(cosetOfSyndrome.size());
+  for (int j = 0; j < count; ++j) {
+    uint32_t s = residues[cosetOfSyndrome[j]];
+    const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
+    uint16_t value = 0;
+    for (int i = 0; i < m; ++i) value ^= static_cast<uint16_t>(pw[i] & (0u - ((s >> i) & 1u)));
+    S[j] = field.toExponent(value);
+  }
+}

@@ -1,0 +1,42 @@
+// SyndromeEvaluator: the syndromes S_j = c(alpha^(b+j)), j = 0..2t-1, of a
+// received word c from its remainder R(x) = c(x) mod g(x).
+//
+// Every alpha^(b+j) is a root of g, so S_j = R(alpha^(b+j)). R has r = deg g
+// coefficients, far fewer than the word; it is reduced further modulo the
+// minimal polynomial M of each root's cyclotomic coset (degree d <= m):
+// with s(x) = R(x) mod M(x), S_j = s(alpha^(b+j)) for every root of M. The
+// reduction runs a byte at a time with a 256-entry table per coset,
+// T[u] = u(x) x^d mod M; the evaluation sums at most m powers of alpha.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class FieldTables;
+
+class SyndromeEvaluator {
+ public:
+  // The roots alpha^b .. alpha^(b+2t-1); b + 2t - 1 must be below the
+  // multiplicative order, so that each exponent names a non-zero element.
+  SyndromeEvaluator(const FieldTables& field, int b, int t);
+
+  // S[0..2t-1] in exponent form from the r-bit remainder (layout of
+  // GeneratorRemainder: highest degree at bit 63 of word 0).
+  void evaluate(const uint64_t* rem, int r, int* S) const;
+
+ private:
+  struct Coset {
+    int degree;
+    uint32_t polynomial;  // M(x), bit i = coefficient of x^i, x^degree included
+    std::vector<uint32_t> byteReduction;
+  };
+  uint32_t reduce(const Coset& c, const uint64_t* rem, int r) const;
+  // reduce() for four cosets of degree >= 8 at once.
+  void reduceFour(const Coset* c, const uint64_t* rem, int r, uint32_t* out) const;
+
+  const FieldTables& field;
+  std::vector<Coset> cosets;
+  std::vector<int> cosetOfSyndrome;
+  std::vector<uint16_t> powers;  // per syndrome j: alpha^(e_j * i), i = 0..m-1
+  mutable std::vector<uint32_t> residues;
+};

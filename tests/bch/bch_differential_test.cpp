@@ -1,0 +1,212 @@
+// The library's BCH against the plain reference, member by member, on
+// random codes over GF(2^15) and on every code of GF(16): generator, both
+// encoders, syndromes with the parity member, codeword test, Berlekamp-
+// Massey, Chien search, the three decoders, for clean words, 1..t+5 errors,
+// random words and words holding entries other than 0 and 1.
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include "bch_testutil.h"
+#include "support/differential.h"
+#include "support/referenceBch.h"
+
+namespace {
+
+using bchtest::Probe;
+using V = std::vector<int>;
+
+struct Pair {
+  Pair(GF* f, int n, int t, int b, int k) : fast(f, n, t, b, k), ref(f, n, t, b, k) {}
+  Probe fast;
+  ReferenceBCH ref;
+};
+
+// Fails with a trace when any scratch member differs.
+void expectSameState(Pair& p, const char* after) {
+  SCOPED_TRACE(after);
+  const int t = p.ref.t;
+  EXPECT_EQ(p.fast.parity, p.ref.parity);
+  EXPECT_TRUE(std::equal(p.ref.syndromes, p.ref.syndromes + 2 * t, p.fast.syndromes));
+  EXPECT_TRUE(std::equal(p.ref.lambda, p.ref.lambda + 2 * t + 1, p.fast.lambda));
+}
+
+V withErrors(std::mt19937& rng, V word, int count) {
+  V positions(word.size());
+  std::iota(positions.begin(), positions.end(), 0);
+  std::shuffle(positions.begin(), positions.end(), rng);
+  for (int i = 0; i < count && i < static_cast<int>(word.size()); ++i) word[positions[i]] ^= 1;
+  return word;
+}
+
+// A received word: a codeword with some errors, a random word, or one whose
+// entries include values other than 0 and 1.
+V receivedWord(std::mt19937& rng, Pair& p, int kind) {
+  V msg(p.ref.k), cw(p.ref.n);
+  for (int& x : msg) x = static_cast<int>(rng() & 1);
+  p.ref.encode(msg.data(), cw.data());
+  const int t = p.ref.t;
+  if (kind == 0) return cw;
+  if (kind == 1) {
+    V r(p.ref.n);
+    for (int& x : r) x = static_cast<int>(rng() & 1);
+    return r;
+  }
+  const int counts[] = {
+      1, std::max(t / 2, 1), t, t + 1, t + qfbtest::uniformInt(rng, 2, 5), qfbtest::uniformInt(rng, 0, t + 5)};
+  V r = withErrors(rng, cw, counts[kind % 6]);
+  if (kind == 8)
+    for (int i = 0; i < 3; ++i) r[qfbtest::uniformInt(rng, 0, p.ref.n - 1)] = qfbtest::uniformInt(rng, -2, 3);
+  return r;
+}
+
+// Every member that takes or returns a word, on the same input for both.
+void compareOnWord(std::mt19937& rng, Pair& p, const V& in) {
+  const int n = p.ref.n, t = p.ref.t;
+  V a(in), b(in);
+  EXPECT_EQ(p.fast.isCodeword(a.data()), p.ref.isCodeword(b.data()));
+  EXPECT_EQ(a, in);
+  expectSameState(p, "isCodeword");
+
+  const int limits[] = {-1, qfbtest::uniformInt(rng, 0, t), t + 3};
+  for (int limit : limits) {
+    SCOPED_TRACE(::testing::Message() << "tLimit " << limit);
+    V outF(n, -9), outR(n, -9);
+    EXPECT_EQ(p.fast.decodeBCH(V(in).data(), outF.data(), limit), p.ref.decodeBCH(V(in).data(), outR.data(), limit));
+    EXPECT_EQ(outF, outR);
+    expectSameState(p, "decodeBCH");
+
+    // Berlekamp-Massey and the Chien search on their own, fed the same
+    // syndromes and a degree-order word.
+    V lamF(2 * t + 1, -9), lamR(2 * t + 1, -9);
+    p.fast.BMA(p.ref.syndromes, lamF.data(), limit);
+    p.ref.BMA(p.ref.syndromes, lamR.data(), limit);
+    EXPECT_EQ(lamF, lamR);
+    V wordF(in.rbegin(), in.rend()), wordR(wordF);
+    EXPECT_EQ(p.fast.chienSearch(lamR.data(), wordF.data()), p.ref.chienSearch(lamR.data(), wordR.data()));
+    EXPECT_EQ(wordF, wordR);
+  }
+  if (t <= 3) {
+    for (int limit = p.ref.b == 1 ? -1 : 0; limit <= (p.ref.b == 1 ? t : 1); ++limit) {
+      V outF(n, -9), outR(n, -9);
+      EXPECT_EQ(p.fast.decodeForSmallT(V(in).data(), outF.data(), limit),
+                p.ref.decodeForSmallT(V(in).data(), outR.data(), limit));
+      EXPECT_EQ(outF, outR) << "decodeForSmallT " << limit;
+      expectSameState(p, "decodeForSmallT");
+    }
+  }
+}
+
+// Locators built from chosen error degrees, some beyond the shortened code,
+// some repeated, plus random polynomials: the acceptance rule of the search.
+void compareChien(std::mt19937& rng, Pair& p, GF& f) {
+  const int n = p.ref.n, t = p.ref.t;
+  for (int trial = 0; trial < 4; ++trial) {
+    V lambda(2 * t + 1, f.getZero());
+    const int degree = qfbtest::uniformInt(rng, 0, t);
+    if (trial == 3) {
+      for (int j = 0; j <= degree; ++j) lambda[j] = qfbtest::uniformInt(rng, 0, f.getN() - 1);
+    } else {
+      lambda[0] = f.getOne();
+      for (int e = 0; e < degree; ++e) {
+        // Multiply by (1 + alpha^p x) in place, highest degree first.
+        const int pos = trial == 1 && e == 0  ? qfbtest::uniformInt(rng, 0, f.getN() - 2)
+                        : trial == 2 && e > 0 ? qfbtest::uniformInt(rng, 0, 3)
+                                              : qfbtest::uniformInt(rng, 0, n - 1);
+        for (int j = e + 1; j >= 1; --j) lambda[j] = f.add(lambda[j], f.multiply(lambda[j - 1], pos));
+      }
+    }
+    V word(n);
+    for (int& x : word) x = static_cast<int>(rng() & 1);
+    V wordF(word), wordR(word);
+    EXPECT_EQ(p.fast.chienSearch(lambda.data(), wordF.data()), p.ref.chienSearch(lambda.data(), wordR.data()))
+        << "trial " << trial << " degree " << degree;
+    EXPECT_EQ(wordF, wordR);
+  }
+}
+
+void compareCode(std::mt19937& rng, GF& f, int n, int t, int b, int k, int words, bool rsMode) {
+  SCOPED_TRACE(::testing::Message() << "m=" << f.getM() << " n=" << n << " t=" << t << " b=" << b << " k=" << k);
+  Pair p(&f, n, t, b, k);
+  // Every code here lies within the packed engine's range; the comparison
+  // is about that engine.
+  ASSERT_NE(p.fast.packedEngine(), nullptr);
+  ASSERT_EQ(p.fast.n, p.ref.n);
+  ASSERT_EQ(p.fast.k, p.ref.k);
+  ASSERT_EQ(p.fast.generator(), V(p.ref.genPoly, p.ref.genPoly + p.ref.n - p.ref.k + 1));
+  expectSameState(p, "construction");
+
+  for (int w = 0; w < words; ++w) {
+    V msg(p.ref.k), cwF(p.ref.n, -9), cwR(p.ref.n, -9), parF(p.ref.n - p.ref.k, -9), parR(parF);
+    for (int& x : msg) x = static_cast<int>(rng() & 1);
+    p.fast.encode(msg.data(), cwF.data());
+    p.ref.encode(msg.data(), cwR.data());
+    ASSERT_EQ(cwF, cwR);
+    p.fast.encode_parity(msg.data(), parF.data());
+    p.ref.encode_parity(msg.data(), parR.data());
+    ASSERT_EQ(parF, parR);
+
+    const V in = receivedWord(rng, p, w % 9);
+    compareOnWord(rng, p, in);
+    if (rsMode) {
+      const int limit = qfbtest::uniformInt(rng, -1, t);
+      V outF(p.ref.n), outR(p.ref.n);
+      EXPECT_EQ(p.fast.decode(V(in).data(), outF.data(), true, limit),
+                p.ref.decode(V(in).data(), outR.data(), true, limit));
+      EXPECT_EQ(outF, outR);
+      expectSameState(p, "decodeRS leaves the members alone");
+    }
+  }
+  compareChien(rng, p, f);
+}
+
+TEST(BchDifferential, RandomCodesOverGF32768) {
+  std::mt19937 rng(20261121);
+  GF2m& f = bchtest::gf32768();
+  const int rounds = qfbtest::differentialRounds(16);
+  for (int round = 0; round < rounds; ++round) {
+    const int t = round % 8 == 7 ? 1 : qfbtest::randomT(rng);
+    const int b = round % 8 == 7 ? 0 : 1;
+    const int kMax = 32767 - 15 * t - (b == 0 ? 1 : 0);
+    // Long codes cost the reference n*2t steps; keep most of them short.
+    const int k = qfbtest::logUniformInt(rng, 1, t > 48 ? std::min(kMax, 3000) : kMax);
+    compareCode(rng, f, 0, t, b, k, 9, round % 6 == 0 && k < 2000);
+    if (HasFatalFailure()) return;
+  }
+}
+
+// A code may borrow the length-independent tables of another; only a code
+// with the same field, t and b may actually share them.
+TEST(BchDifferential, CodesBuiltFromASibling) {
+  std::mt19937 rng(8);
+  GF2m& f = bchtest::gf32768();
+  Probe sibling(&f, 0, 8, 1, 1000);
+  struct Code { int t, k; };
+  const Code codes[] = {{8, 4000}, {8, 17}, {9, 1000}, {2, 300}};
+  for (const Code& c : codes) {
+    Probe fast(&f, 0, c.t, 1, c.k, &sibling);
+    ReferenceBCH ref(&f, 0, c.t, 1, c.k);
+    ASSERT_EQ(fast.generator(), V(ref.genPoly, ref.genPoly + ref.n - ref.k + 1)) << c.t;
+    V msg(c.k), cwF(ref.n), cwR(ref.n);
+    for (int& x : msg) x = static_cast<int>(rng() & 1);
+    fast.encode(msg.data(), cwF.data());
+    ref.encode(msg.data(), cwR.data());
+    EXPECT_EQ(cwF, cwR);
+    V noisy = withErrors(rng, cwR, c.t), outF(ref.n), outR(ref.n);
+    EXPECT_EQ(fast.decodeBCH(noisy.data(), outF.data(), -1), ref.decodeBCH(noisy.data(), outR.data(), -1));
+    EXPECT_EQ(outF, outR);
+  }
+}
+
+TEST(BchDifferential, FullAndShortenedCodesOverGF16) {
+  std::mt19937 rng(16);
+  GF2m& f = bchtest::gf16();
+  struct Code {
+    int n, t, b, k;
+  };
+  const Code codes[] = {{15, 1, 1, 0}, {15, 2, 1, 0}, {15, 3, 1, 0}, {15, 1, 0, 0},
+                        {0, 2, 1, 3},  {0, 3, 1, 1},  {0, 1, 1, 11}, {0, 1, 0, 6}};
+  for (const Code& c : codes) compareCode(rng, f, c.n, c.t, c.b, c.k, 36, true);
+}
+
+}  // namespace
