@@ -26,6 +26,8 @@ file -L "$BUILD/libquilflashbch.so" | grep -q 'ELF 32-bit LSB.*ARM' || {
   echo "arm.sh: $BUILD/libquilflashbch.so is not a 32-bit ARM library" >&2
   exit 1
 }
+# Emulation is ~20x slower than native: a shorter soak keeps the step brief.
+export QFB_SOAK_CYCLES=${QFB_SOAK_CYCLES:-10000}
 ctest --test-dir "$BUILD" --output-on-failure -j "$JOBS"
 
 if [ ! -f "$NATIVE_BUILD/CMakeCache.txt" ]; then

@@ -38,6 +38,7 @@ export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1"
 export LSAN_OPTIONS="log_path=$logs/report"
 
 cmake --build "$BUILD" -j "$JOBS"
+export QFB_SOAK_CYCLES=${QFB_SOAK_CYCLES:-30000}
 status=0
 ctest --test-dir "$BUILD" --output-on-failure -j "$JOBS" || status=$?
 
