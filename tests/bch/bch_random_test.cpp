@@ -1,28 +1,14 @@
 // Randomised round trips over GF(2^15): encode, corrupt, decode, with every
 // codeword judged by the independent root check of bch_testutil.h.
-#include <algorithm>
-#include <numeric>
-#include <random>
-
 #include "bch_testutil.h"
 
 namespace {
 
 using bchtest::Probe;
+using bchtest::randomBits;
+using bchtest::withErrors;
 using V = std::vector<int>;
 
-V randomBits(std::mt19937& rng, int n) {
-  V v(n);
-  for (int& x : v) x = static_cast<int>(rng() & 1);
-  return v;
-}
-V withErrors(std::mt19937& rng, V word, int count) {
-  V positions(word.size());
-  std::iota(positions.begin(), positions.end(), 0);
-  std::shuffle(positions.begin(), positions.end(), rng);
-  for (int i = 0; i < count; ++i) word[positions[i]] ^= 1;
-  return word;
-}
 int distance(const V& a, const V& b) {
   int d = 0;
   for (size_t i = 0; i < a.size(); ++i) d += a[i] != b[i];

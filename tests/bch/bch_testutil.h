@@ -3,7 +3,10 @@
 // polynomial-basis powers taken straight from the field table).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <numeric>
+#include <random>
 #include <vector>
 
 #include "bch/bch.h"
@@ -57,6 +60,21 @@ inline bool hasRoots(GF& f, const std::vector<int>& word, int first, int count) 
   for (int e = first; e < first + count; ++e)
     if (evaluateBits(f, byDegree, e) != f.getZero()) return false;
   return true;
+}
+
+inline std::vector<int> randomBits(std::mt19937& rng, int n) {
+  std::vector<int> v(n);
+  for (int& x : v) x = static_cast<int>(rng() & 1);
+  return v;
+}
+
+// The word with min(count, size) distinct bits flipped.
+inline std::vector<int> withErrors(std::mt19937& rng, std::vector<int> word, int count) {
+  std::vector<int> positions(word.size());
+  std::iota(positions.begin(), positions.end(), 0);
+  std::shuffle(positions.begin(), positions.end(), rng);
+  for (int i = 0; i < count && i < static_cast<int>(word.size()); ++i) word[positions[i]] ^= 1;
+  return word;
 }
 
 }  // namespace bchtest
