@@ -15,25 +15,14 @@
 namespace {
 
 using V = std::vector<int>;
-
-V randomBits(size_t n, std::mt19937& rng) {
-  V v(n);
-  for (int& b : v) b = static_cast<int>(rng() & 1);
-  return v;
-}
-
-void flipDistinct(int* word, int length, int count, std::mt19937& rng) {
-  V pos(length);
-  std::iota(pos.begin(), pos.end(), 0);
-  std::shuffle(pos.begin(), pos.end(), rng);
-  for (int e = 0; e < count; ++e) word[pos[e]] ^= 1;
-}
+using qfbtest::flipDistinct;
+using qfbtest::randomBits;
 
 TEST(FlashBCH, BypassAndZeroTCopyData) {
   FlashBCH codec;
   V len{50, 70};
   std::mt19937 rng(1);
-  V data = randomBits(120, rng);
+  V data = randomBits(rng, 120);
   for (bool bypass : {true, false}) {
     codec.init(2, len.data(), bypass ? 8 : 0, bypass, true, -1, 0, 0);
     EXPECT_EQ(codec.get_parity_length(), 0);
@@ -55,7 +44,7 @@ TEST(FlashBCH, ParityLengthsAndPadding) {
     int len = 96;
     codec.init(1, &len, c.t, false, c.align, -1, 0, 0);
     ASSERT_EQ(codec.get_parity_length(), c.stored) << c.t;
-    V data = randomBits(96, rng), block(96 + c.stored, -1), back(96);
+    V data = randomBits(rng, 96), block(96 + c.stored, -1), back(96);
     codec.encode(data.data(), block.data(), 0);
     EXPECT_TRUE(qfbtest::isCodeword(V(block.begin(), block.begin() + 96 + 15 * c.t), c.t));
     for (int p = 96 + 15 * c.t; p < 96 + c.stored; ++p) EXPECT_EQ(block[p], 0);
@@ -70,7 +59,7 @@ TEST(FlashBCH, TwoCodewordLayout) {
   V len{100, 200};
   codec.init(2, len.data(), 2, false, true, -1, 0, 0);
   std::mt19937 rng(3);
-  V data = randomBits(300, rng), block(100 + 32 + 200 + 32, -1);
+  V data = randomBits(rng, 300), block(100 + 32 + 200 + 32, -1);
   codec.encode_au(data.data(), block.data());
   EXPECT_TRUE(std::equal(data.begin() + 100, data.end(), block.begin() + 132));
   // Codeword 1 is its data followed by parity starting at element 332.
@@ -84,13 +73,13 @@ TEST(FlashBCH, LengthUnitPadsTheMessage) {
   int len = 100;
   codec.init(1, &len, 4, false, true, -1, 64, 0);
   std::mt19937 rng(4);
-  V data = randomBits(100, rng), block(100 + 64, -1), back(100);
+  V data = randomBits(rng, 100), block(100 + 64, -1), back(100);
   codec.encode(data.data(), block.data(), 0);
   EXPECT_TRUE(std::equal(data.begin(), data.end(), block.begin()));
   // k = 128: the 28 fill zeros sit in front, so the stored word (without
   // them) is still a codeword of the shortened code.
   EXPECT_TRUE(qfbtest::isCodeword(V(block.begin(), block.begin() + 160), 4));
-  flipDistinct(block.data(), 160, 4, rng);
+  flipDistinct(rng, block.data(), 160, 4);
   EXPECT_EQ(codec.decode(block.data(), back.data(), 0), 0);
   EXPECT_EQ(back, data);
 }
@@ -101,7 +90,7 @@ TEST(FlashBCH, DecodeLimitAndLocators) {
   const int t = 8, tDecode = 3;
   codec.init(1, &len, t, false, true, tDecode, 0, 0);
   std::mt19937 rng(5);
-  V data = randomBits(512, rng), block(512 + 120), back(512);
+  V data = randomBits(rng, 512), block(512 + 120), back(512);
   codec.encode(data.data(), block.data(), 0);
   V noisy = block;
   const int positions[] = {7, 300, 600};
@@ -140,12 +129,12 @@ TEST(FlashBCH, RandomLayoutsWithinAndBeyondT) {
     codec.init(count, len.data(), t, false, true, -1, 0, 0);
     const int stored = codec.get_parity_length();
     const int total = std::accumulate(len.begin(), len.end(), 0);
-    V data = randomBits(total, rng), block(total + count * stored), back(total), results(count, -1);
+    V data = randomBits(rng, total), block(total + count * stored), back(total), results(count, -1);
     codec.encode_au(data.data(), block.data());
     V noisy = block, errors(count);
     for (int i = 0, at = 0; i < count; at += len[i] + stored, ++i) {
       errors[i] = int(rng() % (t + 4));
-      flipDistinct(noisy.data() + at, len[i] + 15 * t, std::min(errors[i], len[i] + 15 * t), rng);
+      flipDistinct(rng, noisy.data() + at, len[i] + 15 * t, errors[i]);
     }
     const int failed = codec.decode_au(noisy.data(), back.data(), results.data());
     EXPECT_EQ(failed, std::count(results.begin(), results.end(), 1));
@@ -188,7 +177,7 @@ TEST(FlashBCH, PlacementOneKeepsItsParityReading) {
   BCH code(&field, 0, t, 1, k);
   std::mt19937 rng(7);
   for (int trial = 0; trial < 4; ++trial) {
-    V data = randomBits(len, rng), block(len + stored), message(k, 0), cw(k + 45);
+    V data = randomBits(rng, len), block(len + stored), message(k, 0), cw(k + 45);
     codec.encode(data.data(), block.data(), 0);
     std::copy(data.begin(), data.end(), message.begin());  // data first, fill after
     code.encode(message.data(), cw.data());
@@ -210,7 +199,7 @@ TEST(FlashBCH, ZeroDecodeLimitPassesWordsThrough) {
   int len = 64;
   codec.init(1, &len, 4, false, true, 0, 0, 0);
   std::mt19937 rng(8);
-  V data = randomBits(64, rng), block(64 + 64), back(64);
+  V data = randomBits(rng, 64), block(64 + 64), back(64);
   codec.encode(data.data(), block.data(), 0);
   block[1] ^= 1;
   EXPECT_EQ(codec.decode(block.data(), back.data(), 0), 0);  // "clean": nothing decoded

@@ -15,10 +15,13 @@
 #include "support/differential.h"
 #include "support/referenceFlashBch.h"
 #include "support/testutil.h"
+#include "api/codec_reference.h"
 
 namespace {
 
 using V = std::vector<int>;
+using qfbtest::flipDistinct;
+using qfbtest::randomBits;
 
 struct Layout {
   V lengths;
@@ -50,20 +53,6 @@ Layout randomLayout(std::mt19937& rng) {
     while (messageLength(len, l.lengthUnit) > 32767 - 15 * l.t);
   }
   return l;
-}
-
-V randomBits(std::mt19937& rng, size_t n) {
-  V v(n);
-  for (int& x : v) x = static_cast<int>(rng() & 1);
-  return v;
-}
-
-// Flips `count` distinct bits of one stored codeword (data, parity, padding).
-void corrupt(std::mt19937& rng, int* word, int length, int count) {
-  V pos(length);
-  std::iota(pos.begin(), pos.end(), 0);
-  std::shuffle(pos.begin(), pos.end(), rng);
-  for (int e = 0; e < std::min(count, length); ++e) word[pos[e]] ^= 1;
 }
 
 // Per-codeword syndromes and locators of both adapters.
@@ -117,7 +106,7 @@ TEST(FlashDifferential, RandomLayoutsAgreeWithTheReference) {
           const V noise = randomBits(rng, lengths[i] + stored);
           std::copy(noise.begin(), noise.end(), received.begin() + at);
         } else {
-          corrupt(rng, received.data() + at, lengths[i] + stored, errors);
+          flipDistinct(rng, received.data() + at, lengths[i] + stored, errors);
         }
       }
       V out(dataBits, -9), outRef(out), results(count, -9), resultsRef(results);
@@ -189,7 +178,7 @@ TEST(FlashDifferential, ExportedFunctionsAgreeWithTheReference) {
     ref.encode_au(data.data(), encRef.data());
     ASSERT_EQ(enc, encRef) << "t=" << t;
     for (int i = 0, at = 0; i < count; at += lengths[i] + stored, ++i)
-      corrupt(rng, enc.data() + at, lengths[i] + stored, qfbtest::uniformInt(rng, 0, t + 2));
+      flipDistinct(rng, enc.data() + at, lengths[i] + stored, qfbtest::uniformInt(rng, 0, t + 2));
     V out(dataBits, -9), outRef(out);
     EXPECT_EQ(quilDecodeBCH(V(enc).data(), out.data()), ref.decode_au(enc.data(), outRef.data(), nullptr));
     EXPECT_EQ(out, outRef) << "t=" << t;

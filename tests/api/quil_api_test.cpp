@@ -14,6 +14,7 @@
 namespace {
 
 using V = std::vector<int>;
+using qfbtest::randomBits;
 
 // Each test starts from, and leaves, a library with no instance.
 class QuilApi : public ::testing::Test {
@@ -21,12 +22,6 @@ class QuilApi : public ::testing::Test {
   void SetUp() override { quilReleaseFlashBCH(); }
   void TearDown() override { quilReleaseFlashBCH(); }
 };
-
-V randomBits(size_t n, std::mt19937& rng) {
-  V v(n);
-  for (int& b : v) b = static_cast<int>(rng() & 1);
-  return v;
-}
 
 TEST_F(QuilApi, NoInstanceMeansMinusOne) {
   V in(64), out(256);
@@ -63,7 +58,7 @@ TEST_F(QuilApi, CreationLeavesNoFileAndNeedsNoWritableDirectory) {
   int len = 1024;
   ASSERT_EQ(quilInitializeFlashBCH(1, &len, 8), 0);
   std::mt19937 rng(1);
-  V data = randomBits(1024, rng), writable(1024 + 120), readOnly(1024 + 120);
+  V data = randomBits(rng, 1024), writable(1024 + 120), readOnly(1024 + 120);
   quilEncodeBCH(data.data(), writable.data());
 
   std::filesystem::permissions(dir.path(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
@@ -110,7 +105,7 @@ TEST_F(QuilApi, BlockRoundTripWithErrorsAndPadding) {
   ASSERT_EQ(stored, 80);
   std::mt19937 rng(2024);
   for (int trial = 0; trial < 20; ++trial) {
-    V data = randomBits(364, rng), block(364 + 3 * stored), out(364, -1);
+    V data = randomBits(rng, 364), block(364 + 3 * stored), out(364, -1);
     ASSERT_EQ(quilEncodeBCH(data.data(), block.data()), 0);
     size_t cw = 0, d = 0;
     for (int len : lengths) {
@@ -127,10 +122,7 @@ TEST_F(QuilApi, BlockRoundTripWithErrorsAndPadding) {
     V noisy = block;
     cw = 0;
     for (int len : lengths) {
-      std::vector<int> pos(len + stored);
-      std::iota(pos.begin(), pos.end(), 0);
-      std::shuffle(pos.begin(), pos.end(), rng);
-      for (int e = 0; e < int(rng() % (t + 1)); ++e) noisy[cw + pos[e]] ^= 1;
+      qfbtest::flipDistinct(rng, noisy.data() + cw, len + stored, int(rng() % (t + 1)));
       for (int p = len + 15 * t; p < len + stored; ++p) noisy[cw + p] ^= int(rng() & 1);
       cw += len + stored;
     }
