@@ -18,6 +18,14 @@ using V = std::vector<int>;
 using qfbtest::flipDistinct;
 using qfbtest::randomBits;
 
+// One row of getSyndromes or getLambda for a single-codeword layout.
+V firstRow(FlashBCH& codec, void (FlashBCH::*get)(int**), int size) {
+  V v(size, -7);
+  int* rows[] = {v.data()};
+  (codec.*get)(rows);
+  return v;
+}
+
 TEST(FlashBCH, BypassAndZeroTCopyData) {
   FlashBCH codec;
   V len{50, 70};
@@ -35,20 +43,28 @@ TEST(FlashBCH, BypassAndZeroTCopyData) {
   }
 }
 
-TEST(FlashBCH, ParityLengthsAndPadding) {
-  struct Case { int t; bool align; int stored; };
-  const Case cases[] = {{8, true, 120}, {5, true, 80}, {5, false, 75}, {1, true, 16}, {3, true, 48}};
+// One codeword of len bits: the data leads the stored word, len + 15t bits
+// form a codeword of the shortened code (fill zeros of a length unit sit in
+// front, unstored), the padding is zero on encoding and ignored on decoding,
+// and t flips anywhere in the codeword are corrected.
+TEST(FlashBCH, SingleCodewordLayouts) {
+  struct Case { int len, t; bool align; int unit, stored; };
+  const Case cases[] = {{96, 8, true, 0, 120}, {96, 5, true, 0, 80}, {96, 5, false, 0, 75},
+                        {96, 1, true, 0, 16},  {96, 3, true, 0, 48}, {100, 4, true, 64, 64}};
   FlashBCH codec;
   std::mt19937 rng(2);
-  for (const Case& c : cases) {
-    int len = 96;
-    codec.init(1, &len, c.t, false, c.align, -1, 0, 0);
-    ASSERT_EQ(codec.get_parity_length(), c.stored) << c.t;
-    V data = randomBits(rng, 96), block(96 + c.stored, -1), back(96);
+  for (Case c : cases) {
+    SCOPED_TRACE(::testing::Message() << "t=" << c.t << " unit=" << c.unit);
+    codec.init(1, &c.len, c.t, false, c.align, -1, c.unit, 0);
+    ASSERT_EQ(codec.get_parity_length(), c.stored);
+    const int cwLen = c.len + 15 * c.t;
+    V data = randomBits(rng, c.len), block(c.len + c.stored, -1), back(c.len);
     codec.encode(data.data(), block.data(), 0);
-    EXPECT_TRUE(qfbtest::isCodeword(V(block.begin(), block.begin() + 96 + 15 * c.t), c.t));
-    for (int p = 96 + 15 * c.t; p < 96 + c.stored; ++p) EXPECT_EQ(block[p], 0);
-    for (int p = 96 + 15 * c.t; p < 96 + c.stored; ++p) block[p] = 1;  // padding is ignored
+    EXPECT_TRUE(std::equal(data.begin(), data.end(), block.begin()));
+    EXPECT_TRUE(qfbtest::isCodeword(V(block.begin(), block.begin() + cwLen), c.t));
+    EXPECT_EQ(std::count(block.begin() + cwLen, block.end(), 0), c.stored - 15 * c.t);
+    std::fill(block.begin() + cwLen, block.end(), 1);
+    flipDistinct(rng, block.data(), cwLen, c.t);
     EXPECT_EQ(codec.decode(block.data(), back.data(), 0), 0);
     EXPECT_EQ(back, data);
   }
@@ -68,22 +84,6 @@ TEST(FlashBCH, TwoCodewordLayout) {
   EXPECT_EQ(std::count(block.begin() + 362, block.end(), 0), 2);
 }
 
-TEST(FlashBCH, LengthUnitPadsTheMessage) {
-  FlashBCH codec;
-  int len = 100;
-  codec.init(1, &len, 4, false, true, -1, 64, 0);
-  std::mt19937 rng(4);
-  V data = randomBits(rng, 100), block(100 + 64, -1), back(100);
-  codec.encode(data.data(), block.data(), 0);
-  EXPECT_TRUE(std::equal(data.begin(), data.end(), block.begin()));
-  // k = 128: the 28 fill zeros sit in front, so the stored word (without
-  // them) is still a codeword of the shortened code.
-  EXPECT_TRUE(qfbtest::isCodeword(V(block.begin(), block.begin() + 160), 4));
-  flipDistinct(rng, block.data(), 160, 4);
-  EXPECT_EQ(codec.decode(block.data(), back.data(), 0), 0);
-  EXPECT_EQ(back, data);
-}
-
 TEST(FlashBCH, DecodeLimitAndLocators) {
   FlashBCH codec;
   int len = 512;
@@ -97,22 +97,17 @@ TEST(FlashBCH, DecodeLimitAndLocators) {
   for (int p : positions) noisy[p] ^= 1;
   EXPECT_EQ(codec.decode(noisy.data(), back.data(), 0), 0);
   EXPECT_EQ(back, data);
-  V lambda(10, -7);
-  int* rows[] = {lambda.data()};
-  codec.getLambda(rows);
-  EXPECT_EQ(lambda[7], -7);  // 2 * tDecode + 1 entries copied, no more
+  const V lambda = firstRow(codec, &FlashBCH::getLambda, 10);
   EXPECT_EQ(lambda[0], 1);
+  EXPECT_NE(lambda[3], 0);
+  // Degree 3, and 2 * tDecode + 1 entries copied, no more.
+  EXPECT_EQ(V(lambda.begin() + 4, lambda.end()), (V{0, 0, 0, -7, -7, -7}));
   // Lambda(x) = prod (1 + alpha^deg x): its roots are alpha^-deg of the
-  // error degrees, and it has degree 3.
+  // error degrees.
   const int n = 512 + 120;
   const V locator(lambda.begin(), lambda.begin() + 7);
   for (int p : positions) EXPECT_EQ(qfbtest::evaluateAscending(locator, qfbtest::alphaPower(-(n - 1 - p))), 0) << p;
-  EXPECT_NE(lambda[3], 0);
-  EXPECT_EQ(std::count(lambda.begin() + 4, lambda.begin() + 7, 0), 3);
-  V syn(16, -1);
-  int* synRows[] = {syn.data()};
-  codec.getSyndromes(synRows);
-  EXPECT_EQ(syn, qfbtest::syndromesOf(noisy, 16));
+  EXPECT_EQ(firstRow(codec, &FlashBCH::getSyndromes, 16), qfbtest::syndromesOf(noisy, 16));
   // Four errors are beyond the limit of three.
   noisy[900 % n] ^= 1;
   EXPECT_EQ(codec.decode(noisy.data(), back.data(), 0), 1);
@@ -138,7 +133,6 @@ TEST(FlashBCH, RandomLayoutsWithinAndBeyondT) {
     }
     const int failed = codec.decode_au(noisy.data(), back.data(), results.data());
     EXPECT_EQ(failed, std::count(results.begin(), results.end(), 1));
-    V syn(2 * t + 1);
     V synStore(count * std::max(2 * t, 1));
     std::vector<int*> rows(count);
     for (int i = 0; i < count; ++i) rows[i] = synStore.data() + i * std::max(2 * t, 1);
@@ -172,7 +166,7 @@ TEST(FlashBCH, PlacementOneKeepsItsParityReading) {
   GF2m field(15, coefficients, 15, exp2Int15.data(), kExp2Int15Size);
   FlashBCH codec;
   int len = 200;
-  const int t = 3, unit = 64, k = 256, fill = 56, stored = 48;
+  const int t = 3, unit = 64, k = 256, stored = 48;
   codec.init(1, &len, t, false, true, -1, unit, 1);
   BCH code(&field, 0, t, 1, k);
   std::mt19937 rng(7);
@@ -190,7 +184,6 @@ TEST(FlashBCH, PlacementOneKeepsItsParityReading) {
     const int direct = code.decode(received.data(), expected.data(), false, -1);
     EXPECT_EQ(codec.decode(block.data(), back.data(), 0), direct == 0 ? 1 : 0);
     EXPECT_TRUE(std::equal(back.begin(), back.end(), expected.begin()));
-    (void)fill;
   }
 }
 
@@ -204,13 +197,8 @@ TEST(FlashBCH, ZeroDecodeLimitPassesWordsThrough) {
   block[1] ^= 1;
   EXPECT_EQ(codec.decode(block.data(), back.data(), 0), 0);  // "clean": nothing decoded
   EXPECT_TRUE(std::equal(back.begin(), back.end(), block.begin()));
-  V syn(8, -1), lambda(2, -1);
-  int* synRows[] = {syn.data()};
-  int* lambdaRows[] = {lambda.data()};
-  codec.getSyndromes(synRows);
-  codec.getLambda(lambdaRows);
-  EXPECT_EQ(syn, V(8, 0));
-  EXPECT_EQ(lambda, (V{0, -1}));
+  EXPECT_EQ(firstRow(codec, &FlashBCH::getSyndromes, 8), V(8, 0));
+  EXPECT_EQ(firstRow(codec, &FlashBCH::getLambda, 2), (V{0, -7}));
 }
 
 }  // namespace
