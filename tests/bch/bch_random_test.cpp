@@ -17,9 +17,12 @@ int distance(const V& a, const V& b) {
 
 struct Config { int k, t, b, tLimit; };
 
+// Within the bound both decoders (the small-t solver too, for t <= 3) must
+// restore the codeword; beyond it a decoder either gives up or lands on a
+// codeword within the limit of the received word.
 TEST(BchRandom, RoundTripsAndBeyondTheBound) {
-  const Config configs[] = {{4096, 8, 1, -1}, {1001, 3, 1, -1}, {333, 24, 1, -1}, {2053, 1, 1, -1},
-                            {523, 40, 1, -1}, {777, 1, 0, -1}, {1500, 8, 1, 3}};
+  const Config configs[] = {{4096, 8, 1, -1}, {1001, 3, 1, -1}, {333, 24, 1, -1}, {2053, 1, 1, -1}, {523, 40, 1, -1},
+                            {777, 1, 0, -1},  {1500, 8, 1, 3},  {1003, 2, 1, -1}, {2000, 3, 1, 2}};
   std::mt19937 rng(2024);
   GF2m& f = bchtest::gf32768();
   for (const Config& c : configs) {
@@ -47,6 +50,12 @@ TEST(BchRandom, RoundTripsAndBeyondTheBound) {
           int degree = 2 * c.t;
           while (degree >= 0 && lambda[degree] == f.getZero()) --degree;
           ASSERT_EQ(degree, errors == 0 ? -1 : errors);
+          // The direct small-t solver corrects the same words.
+          if (c.t <= 3) {
+            V direct(code.n, -1);
+            ASSERT_EQ(code.decodeForSmallT(V(in).data(), direct.data(), c.tLimit), 1);
+            ASSERT_EQ(direct, cw);
+          }
         } else if (result == 0) {
           ASSERT_EQ(out, in);
         } else {
@@ -54,24 +63,6 @@ TEST(BchRandom, RoundTripsAndBeyondTheBound) {
           ASSERT_LE(distance(out, in), limit);
         }
       }
-  }
-}
-
-TEST(BchRandom, SmallTSolverAgreesWithBerlekampMassey) {
-  const Config configs[] = {{4096, 1, 1, -1}, {1003, 2, 1, -1}, {2000, 3, 1, -1}, {2000, 3, 1, 2}, {999, 1, 0, -1}};
-  std::mt19937 rng(7);
-  for (const Config& c : configs) {
-    Probe code(&bchtest::gf32768(), 0, c.t, c.b, c.k);
-    const int limit = c.tLimit < 0 ? c.t : c.tLimit;
-    for (int trial = 0; trial < 40; ++trial) {
-      V cw(code.n);
-      code.encode(randomBits(rng, c.k).data(), cw.data());
-      V in = withErrors(rng, cw, trial % (limit + 1)), direct(code.n), general(code.n);
-      ASSERT_EQ(code.decodeForSmallT(in.data(), direct.data(), c.tLimit), 1);
-      ASSERT_EQ(code.decodeBCH(in.data(), general.data(), c.tLimit), 1);
-      ASSERT_EQ(direct, cw);
-      ASSERT_EQ(general, cw);
-    }
   }
 }
 
