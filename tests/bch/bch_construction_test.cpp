@@ -42,9 +42,7 @@ TEST(BchConstruction, ParityLengthsOverGF32768) {
     const int r = t <= 128 ? 15 * t : (t == 129 ? 1920 : 1935);
     ASSERT_EQ(code.n - code.k, r) << "t = " << t;
     EXPECT_EQ(code.k, 1001);
-    if (t == 1 || t == 8 || t == 41 || t == 129) {
-      expectGenerator(f, code, t, 1);
-    }
+    if (t == 1 || t == 8 || t == 41 || t == 129) expectGenerator(f, code, t, 1);
   }
   Probe evenParity(&f, 0, 1, 0, 100);
   EXPECT_EQ(evenParity.n - evenParity.k, 16);
