@@ -104,25 +104,20 @@ TEST_F(QuilApi, BlockRoundTripWithErrorsAndPadding) {
   for (int trial = 0; trial < 20; ++trial) {
     V data = randomBits(rng, 364), block(364 + 3 * stored), out(364, -1);
     ASSERT_EQ(quilEncodeBCH(data.data(), block.data()), 0);
-    size_t cw = 0, d = 0;
-    for (int len : lengths) {
+    // Each codeword: data, then parity making a codeword, then zero padding.
+    // The noisy copy gets up to t flips anywhere (data, parity or padding)
+    // and random padding, which must still decode.
+    V noisy = block;
+    for (size_t i = 0, cw = 0, d = 0; i < lengths.size(); cw += lengths[i] + stored, d += lengths[i], ++i) {
+      const int len = lengths[i];
       EXPECT_TRUE(std::equal(data.begin() + d, data.begin() + d + len, block.begin() + cw));
-      const V codeword(block.begin() + cw, block.begin() + cw + len + 15 * t);
-      EXPECT_TRUE(qfbtest::isCodeword(codeword, t));
-      for (int p = len + 15 * t; p < len + stored; ++p) EXPECT_EQ(block[cw + p], 0);
-      cw += len + stored;
-      d += len;
+      EXPECT_TRUE(qfbtest::isCodeword(V(block.begin() + cw, block.begin() + cw + len + 15 * t), t));
+      EXPECT_EQ(std::count(block.begin() + cw + len + 15 * t, block.begin() + cw + len + stored, 0), stored - 15 * t);
+      qfbtest::flipDistinct(rng, noisy.data() + cw, len + stored, int(rng() % (t + 1)));
+      for (int p = len + 15 * t; p < len + stored; ++p) noisy[cw + p] ^= int(rng() & 1);
     }
     ASSERT_EQ(quilDecodeBCH(block.data(), out.data()), 0);
     EXPECT_EQ(out, data);
-    // Up to t flips per codeword anywhere (data, parity or padding) decode.
-    V noisy = block;
-    cw = 0;
-    for (int len : lengths) {
-      qfbtest::flipDistinct(rng, noisy.data() + cw, len + stored, int(rng() % (t + 1)));
-      for (int p = len + 15 * t; p < len + stored; ++p) noisy[cw + p] ^= int(rng() & 1);
-      cw += len + stored;
-    }
     ASSERT_EQ(quilDecodeBCH(noisy.data(), out.data()), 0) << trial;
     EXPECT_EQ(out, data);
   }
