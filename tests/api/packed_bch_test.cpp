@@ -9,6 +9,7 @@
 
 #include "quilFlashBCH.h"
 #include "quilPackedBCH.h"
+#include "api/codec_reference.h"
 #include "support/testutil.h"
 
 namespace {
@@ -27,9 +28,7 @@ int bitAt(const Bytes& b, int i) { return (b[i / 8] >> (7 - i % 8)) & 1; }
 TEST(PackedBCH, AgreesWithTheExportedFunctions) {
   qfbtest::ScratchDir scratch;
   ASSERT_EQ(quilCreateFlashBCH(), 0);
-  struct Code {
-    int k, t;
-  };
+  struct Code { int k, t; };
   const Code codes[] = {{1, 1}, {13, 3}, {1000, 5}, {4096, 8}, {8191, 40}, {2999, 72}, {1234, 128}};
   std::mt19937 rng(5);
   for (const Code& c : codes) {
@@ -42,9 +41,7 @@ TEST(PackedBCH, AgreesWithTheExportedFunctions) {
     ASSERT_EQ(codec.parityBytes(), stored / 8);
 
     for (int errors : {0, 1, c.t / 2, c.t, c.t + 1, c.t + 3}) {
-      V data(c.k);
-      for (int& x : data) x = static_cast<int>(rng() & 1);
-      V block(c.k + stored);
+      V data = qfbtest::randomBits(rng, c.k), block(c.k + stored);
       ASSERT_EQ(quilEncodeBCH(data.data(), block.data()), 0);
       Bytes packedData = pack(data.data(), c.k), parity(codec.parityBytes(), 0xAA);
       codec.encode(packedData.data(), parity.data());
@@ -80,9 +77,7 @@ TEST(PackedBCH, AgreesWithTheExportedFunctions) {
 }
 
 TEST(PackedBCH, RejectsCodesOutsideTheField) {
-  struct Args {
-    int k, t;
-  };
+  struct Args { int k, t; };
   const Args bad[] = {{0, 8}, {100, 0}, {100, 129}, {32767 - 15 * 8 + 1, 8}, {-5, 3}};
   for (const Args& a : bad) EXPECT_THROW(quil::PackedBCH(a.k, a.t), std::invalid_argument) << a.k << " " << a.t;
   EXPECT_NO_THROW(quil::PackedBCH(32767 - 15 * 8, 8));
