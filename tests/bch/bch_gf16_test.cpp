@@ -50,7 +50,6 @@ TEST_F(Gf16, SyndromesOfSingleBits) {
   for (int i = 0; i < 15; ++i) {
     V word = degreesToWord({i});
     EXPECT_FALSE(t2.isCodeword(word.data()));
-    EXPECT_EQ(syndromes(t2, 8).front(), i);
     EXPECT_EQ(syndromes(t2, 4), (V{i, 2 * i % 15, 3 * i % 15, 4 * i % 15}));
   }
   Probe even(&bchtest::gf16(), 15, 1, 0, 0);
