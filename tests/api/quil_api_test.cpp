@@ -88,7 +88,8 @@ TEST_F(QuilApi, ParityLengthsAndLayoutChecks) {
                      {{1024}, 1, -1},  {{1024}, 1, 129}, {{32767 - 15 * 8 + 1}, 1, 8}, {{}, 1, 5}};
   for (const Bad& b : bad) {
     V lengths = b.lengths;  // empty: a null length array
-    EXPECT_EQ(quilInitializeFlashBCH(b.count, lengths.empty() ? nullptr : lengths.data(), b.t), -1) << b.count << " " << b.t;
+    EXPECT_EQ(quilInitializeFlashBCH(b.count, lengths.empty() ? nullptr : lengths.data(), b.t), -1)
+        << b.count << " " << b.t;
     EXPECT_EQ(quilGetParityLength(), 80);
   }
 }

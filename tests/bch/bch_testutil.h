@@ -23,12 +23,8 @@ inline GF2m& gf16() {
 }
 
 inline GF2m& gf32768() {
-  static std::vector<int> p = [] {
-    std::vector<int> v(16, 0);
-    v[0] = v[14] = v[15] = 1;  // x^15 + x + 1
-    return v;
-  }();
-  static GF2m f(15, p.data(), 15, exp2Int15.data(), kExp2Int15Size);
+  static const int p[] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};  // x^15 + x + 1
+  static GF2m f(15, p, 15, exp2Int15.data(), kExp2Int15Size);
   return f;
 }
 
