@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <numeric>
 #include <random>
 #include <vector>
 
