@@ -8,25 +8,14 @@
 #include <vector>
 
 #include "Tools/SignalUtil/BufferBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
 
 std::string pad(const std::string& s, size_t width) { return std::string(width - s.size(), ' ') + s; }
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          const std::vector<int>& lens) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = lens[i];
-  }
-  return p;
-}
 
 TEST(Buffer, RingLooksBackAndAbortsPastItsLength) {
   Buffer<int> ring(3);

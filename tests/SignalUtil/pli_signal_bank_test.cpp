@@ -6,23 +6,12 @@
 #include <vector>
 
 #include "Tools/SignalUtil/pliSignalBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          int len) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = len;
-  }
-  return p;
-}
 
 struct Flags {
   bool stop_at_push = false, auto_next_bank = false, print_files = false, print_idx = false, zero_pad = false;
@@ -35,7 +24,7 @@ PliSignalBank<T> makePli(const BufferBankParam& p, const FixedPointParam* q, int
 }
 
 TEST(PliSignalBank, BanksFillSlotsCyclicallyAndStaleCallersCatchUp) {
-  PliSignalBank<int> pli(makeParam("p", {"s"}, {1}, 3), nullptr, 2, 0, true, 42, false, false, false, false, false);
+  auto pli = makePli<int>(makeParam("p", {"s"}, {1}, 3), nullptr, 2, Flags());
   EXPECT_EQ(pli.get_push_bank_idx(0), -1);
   pli.push(0, 1);
   EXPECT_EQ(pli.pop(0, 0), 1);

@@ -7,23 +7,12 @@
 #include <vector>
 
 #include "Tools/SignalUtil/SignalBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          const std::vector<int>& lens) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = lens[i];
-  }
-  return p;
-}
 
 TEST(SignalBank, RecordsUntilFullAndRewinds) {
   SignalBank<int> bank(makeParam("b", {"s", "v"}, {1, 2}, {3, 2}), nullptr);
