@@ -165,27 +165,18 @@ TEST(CommandLine, UsageErrorsNameTheFlag) {
       {"uber --t 1:*2:8", "flashbch uber: --t: cannot read '1:*2:8'"},
       {"", "flashbch: A subcommand is required"},
   };
-  for (const Case& c : cases) {
-    const auto run = runFlashbch(c.args);
-    EXPECT_EQ(run.status, 2) << c.args;
-    EXPECT_EQ(run.err.substr(0, c.message.size()), c.message) << c.args << ": " << run.err;
-  }
+  for (const Case& c : cases) flashbchtest::expectRefused(c.args, c.message);
   const auto badNumber = runFlashbch("simulate --threads 0x");
   EXPECT_EQ(badNumber.status, 2);
   EXPECT_NE(badNumber.err.find("--threads"), std::string::npos) << badNumber.err;
-  const auto noGnuplot = runFlashbch("uber --plot u.png", "PATH=/nonexistent");
-  EXPECT_EQ(noGnuplot.status, 2);
-  EXPECT_NE(noGnuplot.err.find("--plot: gnuplot was not found on PATH"), std::string::npos) << noGnuplot.err;
+  flashbchtest::expectRefused("uber --plot u.png", "flashbch uber: --plot: gnuplot was not found on PATH",
+                              "PATH=/nonexistent");
   for (const char* command : {"simulate", "encode", "decode", "info", "uber"}) {
     const auto help = runFlashbch(std::string(command) + " --help");
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_NE(help.out.find("--layout"), std::string::npos) << command;
   }
 }
-
-}  // namespace
-
-namespace {
 
 bool gnuplotInstalled() { return std::system("command -v gnuplot >/dev/null 2>&1") == 0; }
 

@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <gtest/gtest.h>
+
 #include <map>
 #include <sstream>
 #include <string>
@@ -29,6 +31,13 @@ inline Run runFlashbch(const std::string& args, const std::string& environment =
   run.out = qfbtest::readFile("stdout.txt");
   run.err = qfbtest::readFile("stderr.txt");
   return run;
+}
+
+// A refused request: exit status 2 and a standard error starting with `message`.
+inline void expectRefused(const std::string& args, const std::string& message, const std::string& environment = "") {
+  const Run run = runFlashbch(args, environment);
+  EXPECT_EQ(run.status, 2) << args;
+  EXPECT_EQ(run.err.substr(0, message.size()), message) << args << ": " << run.err;
 }
 
 // Rows of a CSV file without quoted fields, as column name -> text.
