@@ -240,21 +240,17 @@ TEST(BufferBankPrint, AllSignalsInOneFileWithHeader) {
   const BufferBank<double> bank = printBank();
   bank.print_to_one_file(false, false, -1, true);
   const std::string gap12(12, ' '), gap14(14, ' ');
+  const std::string newest = pad("3.125", 12) + pad("7", 12) + pad("8", 12) + pad("9", 12) + pad("0.1235", 14) +
+                             pad("-1e-07", 14) + "\n",
+                    middle = pad("2.25", 12) + pad("4", 12) + pad("5", 12) + pad("6", 12) + gap14 + "\n";
   const std::string expected =
       "Column: 6\tRow(noHeader): 5\tHeader_en: 1\n" +
       pad("a", 12) + pad("x", 9) + "[0]" + pad("x", 9) + "[1]" + pad("x", 9) + "[2]" + pad("abcdefghi", 11) + "[0]" +
-      pad("abcdefghi", 11) + "[1]\n" +
-      pad("3.125", 12) + pad("7", 12) + pad("8", 12) + pad("9", 12) + pad("0.1235", 14) + pad("-1e-07", 14) + "\n" +
-      pad("2.25", 12) + pad("4", 12) + pad("5", 12) + pad("6", 12) + gap14 + "\n" +
-      pad("1.5", 12) + gap12 + gap14 + "\n" +
-      gap12 + gap12 + gap14 + "\n" +
-      gap12 + gap12 + gap14 + "\n";
+      pad("abcdefghi", 11) + "[1]\n" + newest + middle + pad("1.5", 12) + gap12 + gap14 + "\n" +
+      gap12 + gap12 + gap14 + "\n" + gap12 + gap12 + gap14 + "\n";
   EXPECT_EQ(readFile("bb.txt"), expected);
-
   bank.print_to_one_file(true, true, 2, false);
-  EXPECT_EQ(readFile("bb.txt"), expected + "Column: 6\tRow(noHeader): 2\tHeader_en: 0\n" + pad("2.25", 12) + pad("4", 12) +
-                                    pad("5", 12) + pad("6", 12) + gap14 + "\n" + pad("3.125", 12) + pad("7", 12) +
-                                    pad("8", 12) + pad("9", 12) + pad("0.1235", 14) + pad("-1e-07", 14) + "\n");
+  EXPECT_EQ(readFile("bb.txt"), expected + "Column: 6\tRow(noHeader): 2\tHeader_en: 0\n" + middle + newest);
   bank.print_to_one_file(false, false, 9, false);  // longer than any history: all five rows
   EXPECT_EQ(readFile("bb.txt").substr(0, 40), "Column: 6\tRow(noHeader): 5\tHeader_en: 0\n");
 }

@@ -204,11 +204,10 @@ TEST(PliSignalBank, SignalAndPopLogs) {
 
 TEST(PliSignalBank, FatalPaths) {
   auto pli = makePli<int>(makeParam("p", {"s", "t"}, {1, 1}, 2), nullptr, 2, Flags());
-  EXPECT_EXIT(pli.move_pop_idx_to_input_bank(0, 100, 1), testing::ExitedWithCode(255),
-              "^Error: caller_id=100 exceeds max_num_caller_id=100\n$");
-  EXPECT_EXIT(pli.reset_pop_idx_to_start_of_current_bank(0, 100), testing::ExitedWithCode(255),
-              "^Error: caller_id=100 exceeds max_num_caller_id=100\n$");
-  EXPECT_EXIT(pli.pop(0, -1), testing::ExitedWithCode(255), "^Error: caller_id=-1 exceeds max_num_caller_id=100\n$");
+  const auto callerError = [](int id) { return "^Error: caller_id=" + std::to_string(id) + " exceeds max_num_caller_id=100\n$"; };
+  EXPECT_EXIT(pli.move_pop_idx_to_input_bank(0, 100, 1), testing::ExitedWithCode(255), callerError(100));
+  EXPECT_EXIT(pli.reset_pop_idx_to_start_of_current_bank(0, 100), testing::ExitedWithCode(255), callerError(100));
+  EXPECT_EXIT(pli.pop(0, -1), testing::ExitedWithCode(255), callerError(-1));
   const int lens[] = {3};
   EXPECT_EXIT_PRINTS(pli.start_pushing_new_bank_all_sig(lens, 1), 255, "num_buf_len != param_->get_num_sig()\n");
   unsigned word;
