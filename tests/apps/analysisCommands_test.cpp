@@ -15,20 +15,11 @@
 
 namespace {
 
+using flashbchtest::directUpperTail;
 using flashbchtest::readCsv;
 using flashbchtest::runFlashbch;
 
 double number(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
-
-// P(X > t), X ~ Binomial(n, p), as 1 - sum_{i<=t} of terms in long double.
-long double failureRate(int n, int t, long double p) {
-  long double term = std::pow(1.0L - p, static_cast<long double>(n)), below = 0.0L;
-  for (int i = 0; i <= t; ++i) {
-    below += term;
-    term *= (n - i) / static_cast<long double>(i + 1) * p / (1.0L - p);
-  }
-  return 1.0L - below;
-}
 
 std::string withoutSeconds(const std::string& csv) {
   std::string out;
@@ -74,7 +65,7 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
     ASSERT_EQ(rows.size(), 1u);
     const double sd = std::sqrt(c.expected * (1 - c.expected) / static_cast<double>(bits));
     EXPECT_NEAR(number(rows[0].at("raw_ber")), c.expected, 5 * sd) << c.channel;
-    EXPECT_NEAR(number(rows[0].at("analytic_fer")), static_cast<double>(failureRate(4096 + 30, 2, c.expected)), 1e-9);
+    EXPECT_NEAR(number(rows[0].at("analytic_fer")), static_cast<double>(directUpperTail(4096 + 30, 2, c.expected)), 1e-9);
   }
 }
 
@@ -105,7 +96,7 @@ TEST(Info, FactsPerCodeword) {
   for (int k : {1024, 2048}) {
     double v[10];
     for (double& x : v) table >> x;
-    const double fer = static_cast<double>(failureRate(k + 75, 5, 2e-3L));
+    const double fer = static_cast<double>(directUpperTail(k + 75, 5, 2e-3L));
     const double expected[10] = {k == 1024 ? 0.0 : 1.0, double(k),      k + 75.0, 75,  80,
                                  k / (k + 75.0),        k / (k + 80.0), 11,       fer, fer / k};
     for (int i = 0; i < 10; ++i)
@@ -139,7 +130,7 @@ TEST(Uber, TablesAgainstDirectSums) {
   size_t r = 0;
   for (int t : {4, 8})
     for (long double p : {1e-3L, 1e-2L}) {
-      const long double a = failureRate(4096 + 15 * t, t, p), b = failureRate(1024 + 15 * t, t, p);
+      const long double a = directUpperTail(4096 + 15 * t, t, p), b = directUpperTail(1024 + 15 * t, t, p);
       EXPECT_EQ(number(rows[r].at("t")), t);
       EXPECT_NEAR(number(rows[r].at("fer")) / static_cast<double>((a + b) / 2), 1.0, 1e-6) << t << " " << (double)p;
       EXPECT_NEAR(number(rows[r].at("uber")) / static_cast<double>((a + b) / 5120), 1.0, 1e-6)

@@ -2,17 +2,17 @@
 // how a bad one is reported (the message names the flag).
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "blockLayout.h"
 #include "sweep.h"
-#include "usageError.h"
+#include "flashbchRunner.h"
 
 namespace {
 
 using namespace flashbch;
+using flashbchtest::messageOf;
 
 TEST(Sweep, Expansions) {
   struct Case {
@@ -36,16 +36,6 @@ TEST(Sweep, Expansions) {
     ASSERT_EQ(got.size(), c.points.size()) << c.text;
     for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], c.points[i], 1e-12 * c.points[i]) << c.text;
   }
-}
-
-// The message a rejected call throws, or "(accepted)".
-std::string messageOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const UsageError& e) {
-    return e.what();
-  }
-  return "(accepted)";
 }
 
 TEST(Sweep, RejectionsNameTheFlag) {

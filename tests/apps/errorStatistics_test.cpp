@@ -7,21 +7,12 @@
 
 #include <cmath>
 
+#include "flashbchRunner.h"
+
 namespace {
 
 using namespace flashbch;
-
-// P(X > t) by summing C(n,i) p^i (1-p)^(n-i) for i = t+1 .. n, each term
-// built by the recurrence from i = 0 in long double.
-long double directUpperTail(int n, int t, long double p) {
-  long double term = std::pow(1.0L - p, static_cast<long double>(n));  // i = 0
-  long double tail = 0.0L;
-  for (int i = 0; i <= n; ++i) {
-    if (i > t) tail += term;
-    term *= (n - i) / static_cast<long double>(i + 1) * p / (1.0L - p);
-  }
-  return tail;
-}
+using flashbchtest::directUpperTail;
 
 TEST(BinomialTail, MatchesDirectSummation) {
   struct Case {

@@ -8,20 +8,12 @@
 #include <random>
 #include <vector>
 
-#include "usageError.h"
+#include "flashbchRunner.h"
 
 namespace {
 
 using namespace flashbch;
-
-std::string messageOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const UsageError& e) {
-    return e.what();
-  }
-  return "(accepted)";
-}
+using flashbchtest::messageOf;
 
 TEST(PageImage, BitsAreMostSignificantFirst) {
   const std::uint8_t bytes[2] = {0xA1, 0x0F};
