@@ -21,10 +21,8 @@ TEST(Buffer, RingLooksBackAndAbortsPastItsLength) {
   Buffer<int> ring(3);
   ring.reset(0);
   for (int v = 1; v <= 4; ++v) ring.push(v);
-  EXPECT_EQ(ring[0], 4);
-  EXPECT_EQ(ring[1], 3);
-  EXPECT_EQ(ring[2], 2);
-  EXPECT_EQ(ring[-1], 2);  // negative lags wrap to the oldest slot
+  // negative lags wrap to the oldest slot
+  EXPECT_EQ(std::vector<int>({ring[0], ring[1], ring[2], ring[-1]}), std::vector<int>({4, 3, 2, 2}));
   Buffer<int> copy(1);
   copy = ring;
   EXPECT_TRUE(copy == ring);
@@ -135,8 +133,7 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   const int three[3] = {1, 2, 3};
   bank.push(1, three, 3);  // the dimension argument is ignored: two components pushed
   EXPECT_EQ(bank.get_count(1), 1);
-  EXPECT_EQ(bank.get_sig_lat(1, 0, 0), 1);
-  EXPECT_EQ(bank.get_sig_lat(1, 0, 1), 2);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(1, 0, 0), bank.get_sig_lat(1, 0, 1)}), std::vector<int>({1, 2}));
   const int c0[] = {10, 11, 12}, c1[] = {20, 21, 22};
   const int* block[] = {c0, c1};
   bank.push(1, block, 2, 3);
@@ -148,9 +145,8 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   bank.push(1, block, 1, 1);  // a block without the second component pushes 0 there
   EXPECT_EQ(bank.get_sig_lat(1, 0, 1), 0);
   bank.push(5, three, 1);     // unknown signal: ignored
-  EXPECT_EQ(bank[0][0], 10);
-  EXPECT_EQ(bank[1][0], 10);  // the first ring of the vector signal
-  EXPECT_EQ(bank[1][1], 12);
+  // bank[1] is the first ring of the vector signal
+  EXPECT_EQ(std::vector<int>({bank[0][0], bank[1][0], bank[1][1]}), std::vector<int>({10, 10, 12}));
 }
 
 TEST(BufferBank, ResizeCopyAndCompare) {
@@ -167,9 +163,8 @@ TEST(BufferBank, ResizeCopyAndCompare) {
 
   const int lens[2] = {5, 2};
   bank.reset_buf(lens, 2);
-  EXPECT_EQ(bank.get_param().get_buf_len(0), 5);
-  EXPECT_EQ(bank[0].get_size(), 5);
-  EXPECT_EQ(bank.get_count(0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_param().get_buf_len(0), bank[0].get_size(), bank.get_count(0)}),
+            std::vector<int>({5, 5, 0}));
   EXPECT_EQ(bank.get_sig_lat(0, 0, 0), 0);
   EXPECT_EQ(bank.get_sig(0), 4);  // the staged values survive a buffer reset
   EXPECT_EQ(BufferBank<bool>().get_param(), BufferBankParam(1));
