@@ -31,18 +31,15 @@ TEST(PliSignalBank, BanksFillSlotsCyclicallyAndStaleCallersCatchUp) {
   for (int v = 2; v <= 7; ++v) pli.push(0, v);
   // bank 0 = 1..3 (slot 0), bank 1 = 4..6 (slot 1), bank 2 = 7 (slot 0 again)
   EXPECT_EQ(pli.get_push_bank_idx(0), 2);
-  EXPECT_EQ(pli.get_bank_no(0, 0), 2);
-  EXPECT_EQ(pli.get_fill(0, 0), 1);
-  EXPECT_EQ(pli.get_bank_no(0, 1), 1);
-  EXPECT_EQ(pli.get_fill(0, 1), 3);
+  EXPECT_EQ(std::vector<int>({pli.get_bank_no(0, 0), pli.get_fill(0, 0), pli.get_bank_no(0, 1), pli.get_fill(0, 1)}),
+            std::vector<int>({2, 1, 1, 3}));
   const SignalBank<int>& slot0 = *pli.ret_sig_bank_pt(2);
   EXPECT_EQ(std::vector<int>({slot0.get_sig_t(0, 0, 0), slot0.get_sig_t(0, 1, 0)}), std::vector<int>({7, 2}));
   // caller 0 stood at bank 0 index 1, whose slot bank 2 took over: it resumes at bank 1
   int value = 0, idx = -1, bank = -1;
   pli.pop(0, &value, 0, &idx, &bank);
   EXPECT_EQ(std::vector<int>({value, idx, bank}), std::vector<int>({4, 0, 1}));
-  EXPECT_EQ(pli.get_user_flag(), true);
-  EXPECT_EQ(pli.get_user_value(), 42);
+  EXPECT_TRUE(pli.get_user_flag() && pli.get_user_value() == 42);
   pli.set_pli_func_name("$get_signal_sample_with_a_really_long_name_of_sixty_chars");
   EXPECT_EQ(std::string(pli.get_pli_func_name()).size(), 49u);
 }
@@ -147,8 +144,7 @@ TEST(PliSignalBank, BankMovesAndWordPops) {
   pli.move_pop_idx_to_input_bank(0, 5, 5);  // the slot number, 5 mod 2
   EXPECT_EQ(pli.get_pop_bank_idx(5, 0), 1);
   pli.move_pop_idx_to_next_bank_all_sig(5);
-  EXPECT_EQ(pli.get_pop_bank_idx(5, 0), 2);
-  EXPECT_EQ(pli.get_pop_bank_idx(5, 1), 1);
+  EXPECT_EQ(std::vector<int>({pli.get_pop_bank_idx(5, 0), pli.get_pop_bank_idx(5, 1)}), std::vector<int>({2, 1}));
   EXPECT_EXIT(pli.pop_t(1, &word, 5, &idx, &bank), testing::ExitedWithCode(1), "");
 }
 
