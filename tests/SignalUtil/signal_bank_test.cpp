@@ -20,8 +20,7 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   EXPECT_EQ(bank.get_push_cnt(0), 3);
   for (int t = 0; t < 3; ++t) EXPECT_EQ(bank.get_sig_t(0, t, 0), t + 1);
   EXPECT_EQ(bank.get_sig_t(0), 3);
-  EXPECT_EQ(bank.get_sig_t(0, 3, 0), 0);
-  EXPECT_EQ(bank.get_sig_t(0, -1, 0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(0, 3, 0), bank.get_sig_t(0, -1, 0)}), std::vector<int>({0, 0}));
 
   const int pair[2] = {7, 8};
   bank.push(1, pair, 1);  // only the first component written
@@ -37,9 +36,8 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   bank.push(0, 40);
   EXPECT_EQ(std::vector<int>({bank.get_sig_t(0, 0, 0), bank.get_sig_t(0, 1, 0)}), std::vector<int>({40, 2}));
   bank.reset_buf_onesig(0, 5);
-  EXPECT_EQ(bank.get_buf_len(0), 5);
-  EXPECT_EQ(bank.get_sig_t(0, 1, 0), 0);
-  EXPECT_EQ(bank.get_push_cnt(0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_buf_len(0), bank.get_sig_t(0, 1, 0), bank.get_push_cnt(0)}),
+            std::vector<int>({5, 0, 0}));
   EXPECT_EQ(bank.get_sig_t(1, 1, 1), 8);  // the other signal is untouched
 
   SignalBank<int> copy(bank);
