@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -21,6 +22,18 @@ using flashbchtest::runFlashbch;
 
 double number(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
 
+// Runs flashbch with `args`, which write the CSV `file`; returns its rows,
+// `count` of them (empty ones, so that reading a column fails, if fewer).
+std::vector<std::map<std::string, std::string>> csvRows(const std::string& args, const std::string& file,
+                                                        size_t count) {
+  const auto run = runFlashbch(args);
+  EXPECT_EQ(run.status, 0) << run.err;
+  auto rows = readCsv(file);
+  EXPECT_EQ(rows.size(), count) << args;
+  rows.resize(count);
+  return rows;
+}
+
 std::string withoutSeconds(const std::string& csv) {
   std::string out;
   for (const auto& row : readCsv(csv))
@@ -32,13 +45,9 @@ std::string withoutSeconds(const std::string& csv) {
 TEST(Simulate, SameSeedSameTableWhateverTheThreads) {
   qfbtest::ScratchDir dir;
   const std::string args = "simulate --layout 2x512 --t 4 --snr 13:2:17 --max-fe 5 --max-frames 40 --seed 9 ";
-  const auto one = runFlashbch(args + "--threads 1 --csv one.csv");
-  const auto two = runFlashbch(args + "--threads 2 --csv two.csv");
-  ASSERT_EQ(one.status, 0) << one.err;
-  ASSERT_EQ(two.status, 0) << two.err;
+  const auto rows = csvRows(args + "--threads 1 --csv one.csv", "one.csv", 3);
+  csvRows(args + "--threads 2 --csv two.csv", "two.csv", 3);
   EXPECT_EQ(withoutSeconds("one.csv"), withoutSeconds("two.csv"));
-  const auto rows = readCsv("one.csv");
-  ASSERT_EQ(rows.size(), 3u);
   // The first point stops on failures, the last one on blocks.
   EXPECT_GE(number(rows[0].at("uncorrectable")) + number(rows[0].at("miscorrected")), 5);
   EXPECT_LT(number(rows[0].at("blocks")), 40);
@@ -58,11 +67,8 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
       {"--channel bsc --rber 0.02", 0.02},
       {"--channel awgn --snr 6", 0.5 * std::erfc(1.0 / (2.0 * std::pow(10.0, -6.0 / 20.0) * std::sqrt(2.0)))}};
   for (const Case& c : cases) {
-    const auto run =
-        runFlashbch("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel);
-    ASSERT_EQ(run.status, 0) << run.err;
-    const auto rows = readCsv("r.csv");
-    ASSERT_EQ(rows.size(), 1u);
+    const auto rows =
+        csvRows("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel, "r.csv", 1);
     const double sd = std::sqrt(c.expected * (1 - c.expected) / static_cast<double>(bits));
     EXPECT_NEAR(number(rows[0].at("raw_ber")), c.expected, 5 * sd) << c.channel;
     EXPECT_NEAR(number(rows[0].at("analytic_fer")), static_cast<double>(directUpperTail(4096 + 30, 2, c.expected)), 1e-9);
@@ -72,11 +78,8 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
 TEST(Simulate, NoFailuresFarBelowTheThreshold) {
   qfbtest::ScratchDir dir;
   // n = 1144, t = 8 at p = 1e-4: about 0.11 errors per codeword, P(X > 8) ~ 1e-14.
-  const auto run = runFlashbch(
-      "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const auto rows = readCsv("r.csv");
-  ASSERT_EQ(rows.size(), 1u);
+  const auto rows = csvRows(
+      "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json", "r.csv", 1);
   EXPECT_GT(number(rows[0].at("raw_ber")), 0);
   for (const char* column : {"uncorrectable", "miscorrected", "post_ber"}) EXPECT_EQ(rows[0].at(column), "0") << column;
   EXPECT_EQ(rows[0].at("codewords"), "400");
@@ -121,10 +124,7 @@ TEST(Info, FactsPerCodeword) {
 
 TEST(Uber, TablesAgainstDirectSums) {
   qfbtest::ScratchDir dir;
-  const auto run = runFlashbch("uber --layout 4096,1024 --t 4:4:8 --rber 1e-3,1e-2 --csv u.csv");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const auto rows = readCsv("u.csv");
-  ASSERT_EQ(rows.size(), 4u);
+  const auto rows = csvRows("uber --layout 4096,1024 --t 4:4:8 --rber 1e-3,1e-2 --csv u.csv", "u.csv", 4);
   size_t r = 0;
   for (int t : {4, 8})
     for (long double p : {1e-3L, 1e-2L}) {
