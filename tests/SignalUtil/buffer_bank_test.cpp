@@ -37,9 +37,7 @@ TEST(BufferBankParam, DefaultsDeepCopiesAndEquality) {
   EXPECT_EQ(p.name, "BufferOut");
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(p.get_name(i), "sig" + std::to_string(i));
-    EXPECT_EQ(p.get_sig_dim(i), 1);
-    EXPECT_EQ(p.get_buf_len(i), 1);
-    EXPECT_TRUE(p.get_pFlag(i));
+    EXPECT_TRUE(p.get_sig_dim(i) == 1 && p.get_buf_len(i) == 1 && p.get_pFlag(i)) << i;
   }
   BufferBankParam q(p);
   EXPECT_TRUE(q == p);
@@ -112,8 +110,9 @@ TEST(BufferBank, LatencyAndFifoReadsFollowTheHistory) {
     }
   }
   double pair[2];
-  EXPECT_EQ(bank.get_sig_lat(1, pair, 2, 4), 4);  // too far back: the length, nothing copied
-  EXPECT_EQ(bank.get_sig_lat(1, pair, 1, 0), 0);
+  // too far back: the length, nothing copied; a wrong dimension: 0
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(1, pair, 2, 4), bank.get_sig_lat(1, pair, 1, 0)}),
+            std::vector<int>({4, 0}));
   EXPECT_EQ(bank.get_sig_FIFO(1, 0), 0.0);       // not a scalar signal
   EXPECT_EQ(bank.get_sig_lat(0, 0, 1), 0.0);     // no such component
   EXPECT_DEATH(bank.get_sig_lat(0, 4, 0), "Assertion `lag < size' failed");
