@@ -8,34 +8,21 @@
 #include <vector>
 
 #include "Tools/SignalUtil/BufferBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
 
 std::string pad(const std::string& s, size_t width) { return std::string(width - s.size(), ' ') + s; }
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          const std::vector<int>& lens) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = lens[i];
-  }
-  return p;
-}
 
 TEST(Buffer, RingLooksBackAndAbortsPastItsLength) {
   Buffer<int> ring(3);
   ring.reset(0);
   for (int v = 1; v <= 4; ++v) ring.push(v);
-  EXPECT_EQ(ring[0], 4);
-  EXPECT_EQ(ring[1], 3);
-  EXPECT_EQ(ring[2], 2);
-  EXPECT_EQ(ring[-1], 2);  // negative lags wrap to the oldest slot
+  // negative lags wrap to the oldest slot
+  EXPECT_EQ(std::vector<int>({ring[0], ring[1], ring[2], ring[-1]}), std::vector<int>({4, 3, 2, 2}));
   Buffer<int> copy(1);
   copy = ring;
   EXPECT_TRUE(copy == ring);
@@ -50,9 +37,7 @@ TEST(BufferBankParam, DefaultsDeepCopiesAndEquality) {
   EXPECT_EQ(p.name, "BufferOut");
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(p.get_name(i), "sig" + std::to_string(i));
-    EXPECT_EQ(p.get_sig_dim(i), 1);
-    EXPECT_EQ(p.get_buf_len(i), 1);
-    EXPECT_TRUE(p.get_pFlag(i));
+    EXPECT_TRUE(p.get_sig_dim(i) == 1 && p.get_buf_len(i) == 1 && p.get_pFlag(i)) << i;
   }
   BufferBankParam q(p);
   EXPECT_TRUE(q == p);
@@ -125,8 +110,9 @@ TEST(BufferBank, LatencyAndFifoReadsFollowTheHistory) {
     }
   }
   double pair[2];
-  EXPECT_EQ(bank.get_sig_lat(1, pair, 2, 4), 4);  // too far back: the length, nothing copied
-  EXPECT_EQ(bank.get_sig_lat(1, pair, 1, 0), 0);
+  // too far back: the length, nothing copied; a wrong dimension: 0
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(1, pair, 2, 4), bank.get_sig_lat(1, pair, 1, 0)}),
+            std::vector<int>({4, 0}));
   EXPECT_EQ(bank.get_sig_FIFO(1, 0), 0.0);       // not a scalar signal
   EXPECT_EQ(bank.get_sig_lat(0, 0, 1), 0.0);     // no such component
   EXPECT_DEATH(bank.get_sig_lat(0, 4, 0), "Assertion `lag < size' failed");
@@ -146,8 +132,7 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   const int three[3] = {1, 2, 3};
   bank.push(1, three, 3);  // the dimension argument is ignored: two components pushed
   EXPECT_EQ(bank.get_count(1), 1);
-  EXPECT_EQ(bank.get_sig_lat(1, 0, 0), 1);
-  EXPECT_EQ(bank.get_sig_lat(1, 0, 1), 2);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(1, 0, 0), bank.get_sig_lat(1, 0, 1)}), std::vector<int>({1, 2}));
   const int c0[] = {10, 11, 12}, c1[] = {20, 21, 22};
   const int* block[] = {c0, c1};
   bank.push(1, block, 2, 3);
@@ -159,9 +144,8 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   bank.push(1, block, 1, 1);  // a block without the second component pushes 0 there
   EXPECT_EQ(bank.get_sig_lat(1, 0, 1), 0);
   bank.push(5, three, 1);     // unknown signal: ignored
-  EXPECT_EQ(bank[0][0], 10);
-  EXPECT_EQ(bank[1][0], 10);  // the first ring of the vector signal
-  EXPECT_EQ(bank[1][1], 12);
+  // bank[1] is the first ring of the vector signal
+  EXPECT_EQ(std::vector<int>({bank[0][0], bank[1][0], bank[1][1]}), std::vector<int>({10, 10, 12}));
 }
 
 TEST(BufferBank, ResizeCopyAndCompare) {
@@ -178,9 +162,8 @@ TEST(BufferBank, ResizeCopyAndCompare) {
 
   const int lens[2] = {5, 2};
   bank.reset_buf(lens, 2);
-  EXPECT_EQ(bank.get_param().get_buf_len(0), 5);
-  EXPECT_EQ(bank[0].get_size(), 5);
-  EXPECT_EQ(bank.get_count(0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_param().get_buf_len(0), bank[0].get_size(), bank.get_count(0)}),
+            std::vector<int>({5, 5, 0}));
   EXPECT_EQ(bank.get_sig_lat(0, 0, 0), 0);
   EXPECT_EQ(bank.get_sig(0), 4);  // the staged values survive a buffer reset
   EXPECT_EQ(BufferBank<bool>().get_param(), BufferBankParam(1));
@@ -251,21 +234,17 @@ TEST(BufferBankPrint, AllSignalsInOneFileWithHeader) {
   const BufferBank<double> bank = printBank();
   bank.print_to_one_file(false, false, -1, true);
   const std::string gap12(12, ' '), gap14(14, ' ');
+  const std::string newest = pad("3.125", 12) + pad("7", 12) + pad("8", 12) + pad("9", 12) + pad("0.1235", 14) +
+                             pad("-1e-07", 14) + "\n",
+                    middle = pad("2.25", 12) + pad("4", 12) + pad("5", 12) + pad("6", 12) + gap14 + "\n";
   const std::string expected =
       "Column: 6\tRow(noHeader): 5\tHeader_en: 1\n" +
       pad("a", 12) + pad("x", 9) + "[0]" + pad("x", 9) + "[1]" + pad("x", 9) + "[2]" + pad("abcdefghi", 11) + "[0]" +
-      pad("abcdefghi", 11) + "[1]\n" +
-      pad("3.125", 12) + pad("7", 12) + pad("8", 12) + pad("9", 12) + pad("0.1235", 14) + pad("-1e-07", 14) + "\n" +
-      pad("2.25", 12) + pad("4", 12) + pad("5", 12) + pad("6", 12) + gap14 + "\n" +
-      pad("1.5", 12) + gap12 + gap14 + "\n" +
-      gap12 + gap12 + gap14 + "\n" +
-      gap12 + gap12 + gap14 + "\n";
+      pad("abcdefghi", 11) + "[1]\n" + newest + middle + pad("1.5", 12) + gap12 + gap14 + "\n" +
+      gap12 + gap12 + gap14 + "\n" + gap12 + gap12 + gap14 + "\n";
   EXPECT_EQ(readFile("bb.txt"), expected);
-
   bank.print_to_one_file(true, true, 2, false);
-  EXPECT_EQ(readFile("bb.txt"), expected + "Column: 6\tRow(noHeader): 2\tHeader_en: 0\n" + pad("2.25", 12) + pad("4", 12) +
-                                    pad("5", 12) + pad("6", 12) + gap14 + "\n" + pad("3.125", 12) + pad("7", 12) +
-                                    pad("8", 12) + pad("9", 12) + pad("0.1235", 14) + pad("-1e-07", 14) + "\n");
+  EXPECT_EQ(readFile("bb.txt"), expected + "Column: 6\tRow(noHeader): 2\tHeader_en: 0\n" + middle + newest);
   bank.print_to_one_file(false, false, 9, false);  // longer than any history: all five rows
   EXPECT_EQ(readFile("bb.txt").substr(0, 40), "Column: 6\tRow(noHeader): 5\tHeader_en: 0\n");
 }

@@ -6,23 +6,12 @@
 #include <vector>
 
 #include "Tools/SignalUtil/pliSignalBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          int len) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = len;
-  }
-  return p;
-}
 
 struct Flags {
   bool stop_at_push = false, auto_next_bank = false, print_files = false, print_idx = false, zero_pad = false;
@@ -35,25 +24,22 @@ PliSignalBank<T> makePli(const BufferBankParam& p, const FixedPointParam* q, int
 }
 
 TEST(PliSignalBank, BanksFillSlotsCyclicallyAndStaleCallersCatchUp) {
-  PliSignalBank<int> pli(makeParam("p", {"s"}, {1}, 3), nullptr, 2, 0, true, 42, false, false, false, false, false);
+  auto pli = makePli<int>(makeParam("p", {"s"}, {1}, 3), nullptr, 2, Flags());
   EXPECT_EQ(pli.get_push_bank_idx(0), -1);
   pli.push(0, 1);
   EXPECT_EQ(pli.pop(0, 0), 1);
   for (int v = 2; v <= 7; ++v) pli.push(0, v);
   // bank 0 = 1..3 (slot 0), bank 1 = 4..6 (slot 1), bank 2 = 7 (slot 0 again)
   EXPECT_EQ(pli.get_push_bank_idx(0), 2);
-  EXPECT_EQ(pli.get_bank_no(0, 0), 2);
-  EXPECT_EQ(pli.get_fill(0, 0), 1);
-  EXPECT_EQ(pli.get_bank_no(0, 1), 1);
-  EXPECT_EQ(pli.get_fill(0, 1), 3);
+  EXPECT_EQ(std::vector<int>({pli.get_bank_no(0, 0), pli.get_fill(0, 0), pli.get_bank_no(0, 1), pli.get_fill(0, 1)}),
+            std::vector<int>({2, 1, 1, 3}));
   const SignalBank<int>& slot0 = *pli.ret_sig_bank_pt(2);
   EXPECT_EQ(std::vector<int>({slot0.get_sig_t(0, 0, 0), slot0.get_sig_t(0, 1, 0)}), std::vector<int>({7, 2}));
   // caller 0 stood at bank 0 index 1, whose slot bank 2 took over: it resumes at bank 1
   int value = 0, idx = -1, bank = -1;
   pli.pop(0, &value, 0, &idx, &bank);
   EXPECT_EQ(std::vector<int>({value, idx, bank}), std::vector<int>({4, 0, 1}));
-  EXPECT_EQ(pli.get_user_flag(), true);
-  EXPECT_EQ(pli.get_user_value(), 42);
+  EXPECT_TRUE(pli.get_user_flag() && pli.get_user_value() == 42);
   pli.set_pli_func_name("$get_signal_sample_with_a_really_long_name_of_sixty_chars");
   EXPECT_EQ(std::string(pli.get_pli_func_name()).size(), 49u);
 }
@@ -158,8 +144,7 @@ TEST(PliSignalBank, BankMovesAndWordPops) {
   pli.move_pop_idx_to_input_bank(0, 5, 5);  // the slot number, 5 mod 2
   EXPECT_EQ(pli.get_pop_bank_idx(5, 0), 1);
   pli.move_pop_idx_to_next_bank_all_sig(5);
-  EXPECT_EQ(pli.get_pop_bank_idx(5, 0), 2);
-  EXPECT_EQ(pli.get_pop_bank_idx(5, 1), 1);
+  EXPECT_EQ(std::vector<int>({pli.get_pop_bank_idx(5, 0), pli.get_pop_bank_idx(5, 1)}), std::vector<int>({2, 1}));
   EXPECT_EXIT(pli.pop_t(1, &word, 5, &idx, &bank), testing::ExitedWithCode(1), "");
 }
 
@@ -215,11 +200,10 @@ TEST(PliSignalBank, SignalAndPopLogs) {
 
 TEST(PliSignalBank, FatalPaths) {
   auto pli = makePli<int>(makeParam("p", {"s", "t"}, {1, 1}, 2), nullptr, 2, Flags());
-  EXPECT_EXIT(pli.move_pop_idx_to_input_bank(0, 100, 1), testing::ExitedWithCode(255),
-              "^Error: caller_id=100 exceeds max_num_caller_id=100\n$");
-  EXPECT_EXIT(pli.reset_pop_idx_to_start_of_current_bank(0, 100), testing::ExitedWithCode(255),
-              "^Error: caller_id=100 exceeds max_num_caller_id=100\n$");
-  EXPECT_EXIT(pli.pop(0, -1), testing::ExitedWithCode(255), "^Error: caller_id=-1 exceeds max_num_caller_id=100\n$");
+  const auto callerError = [](int id) { return "^Error: caller_id=" + std::to_string(id) + " exceeds max_num_caller_id=100\n$"; };
+  EXPECT_EXIT(pli.move_pop_idx_to_input_bank(0, 100, 1), testing::ExitedWithCode(255), callerError(100));
+  EXPECT_EXIT(pli.reset_pop_idx_to_start_of_current_bank(0, 100), testing::ExitedWithCode(255), callerError(100));
+  EXPECT_EXIT(pli.pop(0, -1), testing::ExitedWithCode(255), callerError(-1));
   const int lens[] = {3};
   EXPECT_EXIT_PRINTS(pli.start_pushing_new_bank_all_sig(lens, 1), 255, "num_buf_len != param_->get_num_sig()\n");
   unsigned word;

@@ -7,23 +7,12 @@
 #include <vector>
 
 #include "Tools/SignalUtil/SignalBank.h"
-#include "support/testutil.h"
+#include "bankParam.h"
 
 namespace {
 
+using banktest::makeParam;
 using qfbtest::readFile;
-
-BufferBankParam makeParam(const std::string& bank, const std::vector<std::string>& names, const std::vector<int>& dims,
-                          const std::vector<int>& lens) {
-  BufferBankParam p(static_cast<int>(names.size()));
-  p.name = bank;
-  for (size_t i = 0; i < names.size(); ++i) {
-    p.names[i] = names[i];
-    p.sig_dim[i] = dims[i];
-    p.buf_len[i] = lens[i];
-  }
-  return p;
-}
 
 TEST(SignalBank, RecordsUntilFullAndRewinds) {
   SignalBank<int> bank(makeParam("b", {"s", "v"}, {1, 2}, {3, 2}), nullptr);
@@ -31,28 +20,24 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   EXPECT_EQ(bank.get_push_cnt(0), 3);
   for (int t = 0; t < 3; ++t) EXPECT_EQ(bank.get_sig_t(0, t, 0), t + 1);
   EXPECT_EQ(bank.get_sig_t(0), 3);
-  EXPECT_EQ(bank.get_sig_t(0, 3, 0), 0);
-  EXPECT_EQ(bank.get_sig_t(0, -1, 0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(0, 3, 0), bank.get_sig_t(0, -1, 0)}), std::vector<int>({0, 0}));
 
   const int pair[2] = {7, 8};
   bank.push(1, pair, 1);  // only the first component written
   bank.set_sig(1, pair, 2);
   bank.push();
-  EXPECT_EQ(bank.get_sig_t(1, 0, 0), 7);
-  EXPECT_EQ(bank.get_sig_t(1, 0, 1), 0);
-  EXPECT_EQ(bank.get_sig_t(1, 1, 1), 8);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(1, 0, 0), bank.get_sig_t(1, 0, 1), bank.get_sig_t(1, 1, 1)}),
+            std::vector<int>({7, 0, 8}));
   EXPECT_EQ(bank.get_push_cnt(0), 3);  // the full record ignored the push of the current 0
   bank.write(1, 2, 0, 9);              // no such component: ignored
   EXPECT_EQ(bank.get_sig_t(1, 0, 2), 0);
 
   bank.reset_push_cnt();
   bank.push(0, 40);
-  EXPECT_EQ(bank.get_sig_t(0, 0, 0), 40);
-  EXPECT_EQ(bank.get_sig_t(0, 1, 0), 2);
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(0, 0, 0), bank.get_sig_t(0, 1, 0)}), std::vector<int>({40, 2}));
   bank.reset_buf_onesig(0, 5);
-  EXPECT_EQ(bank.get_buf_len(0), 5);
-  EXPECT_EQ(bank.get_sig_t(0, 1, 0), 0);
-  EXPECT_EQ(bank.get_push_cnt(0), 0);
+  EXPECT_EQ(std::vector<int>({bank.get_buf_len(0), bank.get_sig_t(0, 1, 0), bank.get_push_cnt(0)}),
+            std::vector<int>({5, 0, 0}));
   EXPECT_EQ(bank.get_sig_t(1, 1, 1), 8);  // the other signal is untouched
 
   SignalBank<int> copy(bank);
@@ -93,8 +78,8 @@ TEST(SignalBank, RegisterWordEncodings) {
   SignalBank<double> bank(makeParam("b", {"s"}, {1}, {1}), std::vector<FixedPointParam>{{8, -2, "s"}});
   bank.push(0, 1.3);
   EXPECT_EQ(bank.get_sig_t_int_w_fraction(0, 0, 0), 1.3 / 0.25);
-  EXPECT_EQ(bank.get_sig_t_sm(0, 0, 0, true), 128u);
-  EXPECT_EQ(bank.get_sig_t_1C(0, 0, 0, true), 255u);
+  EXPECT_EQ(std::vector<unsigned>({bank.get_sig_t_sm(0, 0, 0, true), bank.get_sig_t_1C(0, 0, 0, true)}),
+            std::vector<unsigned>({128u, 255u}));
   bank.push(0, 0.0);
   bank.reset_buf();
   bank.push(0, 100.0);

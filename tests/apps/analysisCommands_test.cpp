@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -15,19 +16,22 @@
 
 namespace {
 
+using flashbchtest::directUpperTail;
 using flashbchtest::readCsv;
 using flashbchtest::runFlashbch;
 
 double number(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
 
-// P(X > t), X ~ Binomial(n, p), as 1 - sum_{i<=t} of terms in long double.
-long double failureRate(int n, int t, long double p) {
-  long double term = std::pow(1.0L - p, static_cast<long double>(n)), below = 0.0L;
-  for (int i = 0; i <= t; ++i) {
-    below += term;
-    term *= (n - i) / static_cast<long double>(i + 1) * p / (1.0L - p);
-  }
-  return 1.0L - below;
+// Runs flashbch with `args`, which write the CSV `file`; returns its rows,
+// `count` of them (empty ones, so that reading a column fails, if fewer).
+std::vector<std::map<std::string, std::string>> csvRows(const std::string& args, const std::string& file,
+                                                        size_t count) {
+  const auto run = runFlashbch(args);
+  EXPECT_EQ(run.status, 0) << run.err;
+  auto rows = readCsv(file);
+  EXPECT_EQ(rows.size(), count) << args;
+  rows.resize(count);
+  return rows;
 }
 
 std::string withoutSeconds(const std::string& csv) {
@@ -41,13 +45,9 @@ std::string withoutSeconds(const std::string& csv) {
 TEST(Simulate, SameSeedSameTableWhateverTheThreads) {
   qfbtest::ScratchDir dir;
   const std::string args = "simulate --layout 2x512 --t 4 --snr 13:2:17 --max-fe 5 --max-frames 40 --seed 9 ";
-  const auto one = runFlashbch(args + "--threads 1 --csv one.csv");
-  const auto two = runFlashbch(args + "--threads 2 --csv two.csv");
-  ASSERT_EQ(one.status, 0) << one.err;
-  ASSERT_EQ(two.status, 0) << two.err;
+  const auto rows = csvRows(args + "--threads 1 --csv one.csv", "one.csv", 3);
+  csvRows(args + "--threads 2 --csv two.csv", "two.csv", 3);
   EXPECT_EQ(withoutSeconds("one.csv"), withoutSeconds("two.csv"));
-  const auto rows = readCsv("one.csv");
-  ASSERT_EQ(rows.size(), 3u);
   // The first point stops on failures, the last one on blocks.
   EXPECT_GE(number(rows[0].at("uncorrectable")) + number(rows[0].at("miscorrected")), 5);
   EXPECT_LT(number(rows[0].at("blocks")), 40);
@@ -67,29 +67,21 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
       {"--channel bsc --rber 0.02", 0.02},
       {"--channel awgn --snr 6", 0.5 * std::erfc(1.0 / (2.0 * std::pow(10.0, -6.0 / 20.0) * std::sqrt(2.0)))}};
   for (const Case& c : cases) {
-    const auto run =
-        runFlashbch("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel);
-    ASSERT_EQ(run.status, 0) << run.err;
-    const auto rows = readCsv("r.csv");
-    ASSERT_EQ(rows.size(), 1u);
+    const auto rows =
+        csvRows("simulate --layout 4096 --t 2 --max-frames 40 --max-fe 1000000 --csv r.csv " + c.channel, "r.csv", 1);
     const double sd = std::sqrt(c.expected * (1 - c.expected) / static_cast<double>(bits));
     EXPECT_NEAR(number(rows[0].at("raw_ber")), c.expected, 5 * sd) << c.channel;
-    EXPECT_NEAR(number(rows[0].at("analytic_fer")), static_cast<double>(failureRate(4096 + 30, 2, c.expected)), 1e-9);
+    EXPECT_NEAR(number(rows[0].at("analytic_fer")), static_cast<double>(directUpperTail(4096 + 30, 2, c.expected)), 1e-9);
   }
 }
 
 TEST(Simulate, NoFailuresFarBelowTheThreshold) {
   qfbtest::ScratchDir dir;
   // n = 1144, t = 8 at p = 1e-4: about 0.11 errors per codeword, P(X > 8) ~ 1e-14.
-  const auto run = runFlashbch(
-      "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const auto rows = readCsv("r.csv");
-  ASSERT_EQ(rows.size(), 1u);
+  const auto rows = csvRows(
+      "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json", "r.csv", 1);
   EXPECT_GT(number(rows[0].at("raw_ber")), 0);
-  EXPECT_EQ(rows[0].at("uncorrectable"), "0");
-  EXPECT_EQ(rows[0].at("miscorrected"), "0");
-  EXPECT_EQ(rows[0].at("post_ber"), "0");
+  for (const char* column : {"uncorrectable", "miscorrected", "post_ber"}) EXPECT_EQ(rows[0].at(column), "0") << column;
   EXPECT_EQ(rows[0].at("codewords"), "400");
   const double z2 = 1.959963984540054 * 1.959963984540054;  // Wilson bound at 0 events: z^2 / (N + z^2)
   EXPECT_NEAR(number(rows[0].at("fer_high")), z2 / (400 + z2), 1e-12);
@@ -105,7 +97,7 @@ TEST(Info, FactsPerCodeword) {
   for (int k : {1024, 2048}) {
     double v[10];
     for (double& x : v) table >> x;
-    const double fer = static_cast<double>(failureRate(k + 75, 5, 2e-3L));
+    const double fer = static_cast<double>(directUpperTail(k + 75, 5, 2e-3L));
     const double expected[10] = {k == 1024 ? 0.0 : 1.0, double(k),      k + 75.0, 75,  80,
                                  k / (k + 75.0),        k / (k + 80.0), 11,       fer, fer / k};
     for (int i = 0; i < 10; ++i)
@@ -132,14 +124,11 @@ TEST(Info, FactsPerCodeword) {
 
 TEST(Uber, TablesAgainstDirectSums) {
   qfbtest::ScratchDir dir;
-  const auto run = runFlashbch("uber --layout 4096,1024 --t 4:4:8 --rber 1e-3,1e-2 --csv u.csv");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const auto rows = readCsv("u.csv");
-  ASSERT_EQ(rows.size(), 4u);
+  const auto rows = csvRows("uber --layout 4096,1024 --t 4:4:8 --rber 1e-3,1e-2 --csv u.csv", "u.csv", 4);
   size_t r = 0;
   for (int t : {4, 8})
     for (long double p : {1e-3L, 1e-2L}) {
-      const long double a = failureRate(4096 + 15 * t, t, p), b = failureRate(1024 + 15 * t, t, p);
+      const long double a = directUpperTail(4096 + 15 * t, t, p), b = directUpperTail(1024 + 15 * t, t, p);
       EXPECT_EQ(number(rows[r].at("t")), t);
       EXPECT_NEAR(number(rows[r].at("fer")) / static_cast<double>((a + b) / 2), 1.0, 1e-6) << t << " " << (double)p;
       EXPECT_NEAR(number(rows[r].at("uber")) / static_cast<double>((a + b) / 5120), 1.0, 1e-6)
@@ -165,27 +154,18 @@ TEST(CommandLine, UsageErrorsNameTheFlag) {
       {"uber --t 1:*2:8", "flashbch uber: --t: cannot read '1:*2:8'"},
       {"", "flashbch: A subcommand is required"},
   };
-  for (const Case& c : cases) {
-    const auto run = runFlashbch(c.args);
-    EXPECT_EQ(run.status, 2) << c.args;
-    EXPECT_EQ(run.err.substr(0, c.message.size()), c.message) << c.args << ": " << run.err;
-  }
+  for (const Case& c : cases) flashbchtest::expectRefused(c.args, c.message);
   const auto badNumber = runFlashbch("simulate --threads 0x");
   EXPECT_EQ(badNumber.status, 2);
   EXPECT_NE(badNumber.err.find("--threads"), std::string::npos) << badNumber.err;
-  const auto noGnuplot = runFlashbch("uber --plot u.png", "PATH=/nonexistent");
-  EXPECT_EQ(noGnuplot.status, 2);
-  EXPECT_NE(noGnuplot.err.find("--plot: gnuplot was not found on PATH"), std::string::npos) << noGnuplot.err;
+  flashbchtest::expectRefused("uber --plot u.png", "flashbch uber: --plot: gnuplot was not found on PATH",
+                              "PATH=/nonexistent");
   for (const char* command : {"simulate", "encode", "decode", "info", "uber"}) {
     const auto help = runFlashbch(std::string(command) + " --help");
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_NE(help.out.find("--layout"), std::string::npos) << command;
   }
 }
-
-}  // namespace
-
-namespace {
 
 bool gnuplotInstalled() { return std::system("command -v gnuplot >/dev/null 2>&1") == 0; }
 

@@ -1,17 +1,23 @@
 // Runs the built flashbch binary (path from the build) inside the current
 // directory and collects its exit status, standard output and standard
-// error; reads its CSV output back by column name.
+// error; reads its CSV output back by column name. Also the helpers several
+// suites share: usage messages, refused requests, a direct binomial tail.
 #pragma once
 
 #include <sys/wait.h>
 
+#include <cmath>
 #include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/testutil.h"
+#include "usageError.h"
 
 namespace flashbchtest {
 
@@ -29,6 +35,34 @@ inline Run runFlashbch(const std::string& args, const std::string& environment =
   run.out = qfbtest::readFile("stdout.txt");
   run.err = qfbtest::readFile("stderr.txt");
   return run;
+}
+
+// The message a rejected call throws, or "(accepted)".
+inline std::string messageOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const flashbch::UsageError& e) {
+    return e.what();
+  }
+  return "(accepted)";
+}
+
+// A refused request: exit status 2 and a standard error starting with `message`.
+inline void expectRefused(const std::string& args, const std::string& message, const std::string& environment = "") {
+  const Run run = runFlashbch(args, environment);
+  EXPECT_EQ(run.status, 2) << args;
+  EXPECT_EQ(run.err.substr(0, message.size()), message) << args << ": " << run.err;
+}
+
+// P(X > t), X ~ Binomial(n, p): the terms C(n,i) p^i (1-p)^(n-i) for
+// i = t+1 .. n summed in long double, each built by the recurrence from i = 0.
+inline long double directUpperTail(int n, int t, long double p) {
+  long double term = std::pow(1.0L - p, static_cast<long double>(n)), tail = 0.0L;
+  for (int i = 0; i <= n; ++i) {
+    if (i > t) tail += term;
+    term *= (n - i) / static_cast<long double>(i + 1) * p / (1.0L - p);
+  }
+  return tail;
 }
 
 // Rows of a CSV file without quoted fields, as column name -> text.

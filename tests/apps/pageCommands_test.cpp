@@ -39,13 +39,18 @@ void flipBits(std::string& image, int index, int count, std::mt19937& rng) {
     image[static_cast<size_t>(index * kCodewordBytes + p / 8)] ^= static_cast<char>(0x80 >> (p % 8));
 }
 
+// Encodes `blocks` blocks of random data with the command line; returns the image.
+std::string encodeRandom(int blocks, unsigned seed, std::string& data) {
+  data = randomData(blocks * 2 * kDataBytes, seed);
+  qfbtest::writeFile("data.bin", data);
+  EXPECT_EQ(runFlashbch("encode " + kLayout + "data.bin -o image.bin").status, 0);
+  return qfbtest::readFile("image.bin");
+}
+
 TEST(PageCommands, FlippedBitsAreCorrectedAndCounted) {
   qfbtest::ScratchDir dir;
   const int blocks = 3;
-  const std::string data = randomData(blocks * 2 * kDataBytes, 1);
-  qfbtest::writeFile("data.bin", data);
-  ASSERT_EQ(runFlashbch("encode " + kLayout + "data.bin -o image.bin").status, 0);
-  std::string image = qfbtest::readFile("image.bin");
+  std::string data, image = encodeRandom(blocks, 1, data);
   ASSERT_EQ(image.size(), static_cast<size_t>(blocks * 2 * kCodewordBytes));
   for (int cw = 0; cw < 2 * blocks; ++cw)  // the stored padding is zero
     EXPECT_EQ(image[static_cast<size_t>(cw * kCodewordBytes + kCodewordBytes - 1)] & 0x1F, 0);
@@ -76,10 +81,8 @@ TEST(PageCommands, FlippedBitsAreCorrectedAndCounted) {
 
 TEST(PageCommands, UncorrectableAndErasedCodewords) {
   qfbtest::ScratchDir dir;
-  const std::string data = randomData(2 * 2 * kDataBytes, 3);
-  qfbtest::writeFile("data.bin", data);
-  ASSERT_EQ(runFlashbch("encode " + kLayout + "data.bin -o image.bin").status, 0);
-  std::string image = qfbtest::readFile("image.bin");
+  std::string data, image = encodeRandom(2, 3, data);
+  ASSERT_EQ(image.size(), static_cast<size_t>(2 * 2 * kCodewordBytes));
   std::mt19937 rng(4);
   flipBits(image, 1, 3 * kT, rng);
   // Block 1, codeword 0: an erased page with t zero bits left in it.
@@ -127,11 +130,7 @@ TEST(PageCommands, RefusedRequestsExitWithStatus2) {
        "flashbch decode: --scrub-threshold: 6 is outside the accepted range 0 .. 5 (t)"},
       {"encode " + kLayout + "good.bin", "flashbch: --output is required"},
   };
-  for (const Case& c : cases) {
-    const auto run = runFlashbch(c.args);
-    EXPECT_EQ(run.status, 2) << c.args;
-    EXPECT_EQ(run.err.substr(0, c.message.size()), c.message) << c.args;
-  }
+  for (const Case& c : cases) flashbchtest::expectRefused(c.args, c.message);
   EXPECT_EQ(qfbtest::readFile("good.bin"), randomData(2 * kDataBytes, 5));
 }
 
