@@ -3,7 +3,7 @@
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 CMAKE_ARGS ?=
-BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind
+BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind libopenmpi-dev openmpi-bin
 
 .PHONY: deps configure build run test bench clean
 
