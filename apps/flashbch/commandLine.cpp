@@ -28,7 +28,7 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
       "differ (miscorrected). fer, miscorrection_rate and uber (data bit errors after decoding per data bit) "
       "come with 95% intervals (_low, _high). analytic_fer is the failure rate of a bounded-distance "
       "decoder, P(X > t) for X ~ Binomial(data + 15t, p) at the channel's raw bit error rate p.\n"
-      "--estimator mc simulates whole blocks; a point runs in rounds of 256 blocks until --max-fe codewords "
+      "--estimator mc simulates whole blocks; a point runs in rounds of 16 blocks doubling up to 1024 until --max-fe codewords "
       "have failed, --max-frames blocks are done, the failure rate's interval is within --target-rel-ci, or "
       "--time-limit has passed. --estimator stratified decodes patterns of exactly w errors for every w that "
       "matters and weighs them with P(W = w); one run serves the whole sweep and reaches rates far below "

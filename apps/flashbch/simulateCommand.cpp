@@ -105,7 +105,7 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
     for (double p : s.parameters)
       if (!(p < 0.5)) throw UsageError("--rber: " + formatNumber(p) + " is not below 0.5");
   } else {
-    throw UsageError("--channel: '" + o.channel + "' is not a channel; accepted: awgn, awgn-bits, bsc");
+    throw UsageError("--channel: '" + o.channel + "' is not a channel; accepted: awgn, bsc, awgn-bits");
   }
   if (o.estimator == "stratified") {
     s.estimator = Estimator::Stratified;

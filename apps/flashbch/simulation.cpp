@@ -81,6 +81,10 @@ PointEstimate monteCarloEstimate(double parameter, const PointTally& t) {
   return e;
 }
 
+std::unique_ptr<Channel> channelAt(const SimulationSettings& s, double parameter) {
+  return s.makeChannel ? s.makeChannel(parameter) : makeChannel(s.channel, parameter);
+}
+
 double relativeHalfWidth(const LogInterval& ci) {
   if (ci.log10Value == -INFINITY) return INFINITY;
   return (std::pow(10.0, ci.log10High - ci.log10Value) - std::pow(10.0, ci.log10Low - ci.log10Value)) / 2.0;
@@ -106,16 +110,16 @@ Simulator::~Simulator() = default;
 
 Simulator::PointResult Simulator::runPoint(int point, const ProgressCallback& onProgress, double progressSeconds) {
   const SimulationSettings& s = settings_;
-  const auto channel = makeChannel(s.channel, s.parameters.at(static_cast<size_t>(point)));
+  const auto channel = channelAt(s, s.parameters.at(static_cast<size_t>(point)));
   const auto start = std::chrono::steady_clock::now();
   const auto elapsed = [&] { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); };
   double lastProgress = 0.0;
   PointTally tally;
   std::vector<PointTally> round;
-  for (;;) {
+  std::int64_t roundBlocks = std::max<std::int64_t>(1, s.firstRoundBlocks);
+  for (;; roundBlocks = std::min(2 * roundBlocks, std::max(roundBlocks, s.largestRoundBlocks))) {
     const std::int64_t first = tally.blocks;
-    round.assign(static_cast<size_t>(std::min(std::max<std::int64_t>(1, s.roundBlocks), s.maxBlocks - first)),
-                 PointTally());
+    round.assign(static_cast<size_t>(std::min(roundBlocks, s.maxBlocks - first)), PointTally());
     runRound(s.threads, static_cast<std::int64_t>(round.size()), [&](int worker, std::int64_t i) {
       round[static_cast<size_t>(i)] = workers_[static_cast<size_t>(worker)]->simulate(
           *channel, streamKey({s.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(first + i)}));

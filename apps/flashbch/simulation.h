@@ -2,9 +2,11 @@
 // the summable tallies, the estimates with their intervals, and the Monte
 // Carlo estimator (the stratified one is in stratifiedEstimator.h).
 //
-// Monte Carlo: point p simulates blocks 0, 1, 2, ... in rounds of
-// roundBlocks blocks (kRoundBlocks = 256 unless set); block b draws its data
-// and errors from the stream streamKey({seed, p, b}). After each whole
+// Monte Carlo: point p simulates blocks 0, 1, 2, ... in rounds; round r
+// holds min(firstRoundBlocks * 2^r, largestRoundBlocks) blocks (16 doubling
+// up to 1024 unless set), so that a point that stops early wastes little and
+// a long one synchronises rarely. Block b draws its data and errors from the
+// stream streamKey({seed, p, b}). After each whole
 // round the stop rules are checked: at least maxFailures failed codewords,
 // maxBlocks blocks (the last round is cut to end there), the relative
 // half-width of the failure rate's interval at most targetRelativeHalfWidth,
@@ -35,13 +37,16 @@
 
 namespace flashbch {
 
-constexpr std::int64_t kRoundBlocks = 256;
+constexpr std::int64_t kFirstRoundBlocks = 16;
+constexpr std::int64_t kLargestRoundBlocks = 1024;
 
 enum class Estimator { MonteCarlo, Stratified };
 const char* estimatorName(Estimator estimator);
 
 // Makes the decoder of a codeword of dataBits data bits correcting t errors.
 using DecoderFactory = std::function<std::unique_ptr<CodewordDecoder>(int dataBits, int t)>;
+// Makes the channel of one sweep value.
+using ChannelFactory = std::function<std::unique_ptr<Channel>(double parameter)>;
 
 struct SimulationSettings {
   BlockLayout layout;
@@ -54,10 +59,14 @@ struct SimulationSettings {
   double targetRelativeHalfWidth = 0.0;  // 0: none
   int threads = 1;
   std::uint64_t seed = 1;
-  std::int64_t roundBlocks = kRoundBlocks;
+  std::int64_t firstRoundBlocks = kFirstRoundBlocks;
+  std::int64_t largestRoundBlocks = kLargestRoundBlocks;
   const std::atomic<bool>* cancel = nullptr;  // stop after the current round when set
   DecoderFactory makeDecoder;                 // empty: PackedHardDecoder
+  ChannelFactory makeChannel;                 // empty: makeChannel(channel, parameter)
 };
+
+std::unique_ptr<Channel> channelAt(const SimulationSettings& settings, double parameter);
 
 // Counts of one point; sums of independent parts add field by field (threads,
 // and later processes and checkpoints).

@@ -60,11 +60,11 @@ StratifiedEstimator::StratifiedEstimator(SimulationSettings settings) : settings
   for (int k : s.layout.dataBits) ++counts[k];
   std::map<std::pair<int, int>, size_t> index;
   for (double parameter : s.parameters) {
-    const auto channel = makeChannel(s.channel, parameter);
+    const auto channel = channelAt(s, parameter);
     if (!channel->independentErrors())
-      throw UsageError(std::string("--estimator: stratified estimation needs independent, identically distributed "
-                                   "errors; channel ") +
-                       channelName(s.channel) + " does not have them");
+      throw UsageError(
+          "--estimator: stratified estimation needs independent, identically distributed errors; the channel does "
+          "not have them");
     std::vector<LengthAtPoint> lengths;
     for (const auto& [k, count] : counts) {
       CodewordDecoder& decoder = workers_[0]->decoderFor(k);
@@ -125,7 +125,7 @@ StratumTally StratifiedEstimator::sample(int worker, size_t i, std::int64_t roun
     return t;
   }
   // Given W = w the pattern's law does not depend on the channel parameter.
-  const auto channel = makeChannel(settings_.channel, settings_.parameters.front());
+  const auto channel = channelAt(settings_, settings_.parameters.front());
   RandomStream& rng = tools.stream();
   rng.reseed(streamKey({settings_.seed, kStratumStreamTag, static_cast<std::uint64_t>(st.dataBits),
                         static_cast<std::uint64_t>(st.weight), static_cast<std::uint64_t>(round)}));
@@ -180,7 +180,7 @@ void StratifiedEstimator::run(const ProgressCallback& onProgress, double progres
 }
 
 PointEstimate StratifiedEstimator::estimate(int point) const {
-  const auto channel = makeChannel(settings_.channel, settings_.parameters.at(static_cast<size_t>(point)));
+  const auto channel = channelAt(settings_, settings_.parameters.at(static_cast<size_t>(point)));
   PointEstimate e;
   e.parameter = channel->parameter();
   e.rawBitErrorRate = channel->rawBitErrorRate();
