@@ -318,6 +318,7 @@ int runSimulate(const SimulateOptions& o) {
     plot.xLabel = settings.channel == ChannelKind::Bsc ? "raw bit error rate" : "SNR (dB)";
     plot.yLabel = "rate";
     plot.logX = settings.channel == ChannelKind::Bsc;
+    if (plot.logX) plot.keyPosition = "bottom right";  // the rates rise to the right
     plot.csv = csv.str();
     const std::string x = std::string("'") + parameter + "'";
     plot.series = "'DATA' using " + x +
