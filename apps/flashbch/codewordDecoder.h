@@ -18,6 +18,9 @@
 // syndromes of c + e are those of e), which lets the stratified estimator
 // send the all-zero codeword; a decoder that implements this interface
 // must keep that symmetry or be given messages with setMessage.
+//
+// A soft decoder (Chase) also needs the channel's per-bit reliabilities;
+// they are to reach it beside the error positions, through decode().
 #pragma once
 
 #include <cstdint>
