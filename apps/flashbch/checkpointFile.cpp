@@ -25,7 +25,7 @@ void addCheckpointOptions(CLI::App& command, CheckpointOptions& o) {
                      "checkpoints go on to this file unless --checkpoint names another");
 }
 
-CheckpointFile::CheckpointFile(const CheckpointOptions& o)
+CheckpointFile::CheckpointFile(const CheckpointOptions& o, bool checkFiles)
     : path_(o.file.empty() ? o.resume : o.file), resume_(o.resume), lastWrite_(std::chrono::steady_clock::now()) {
   if (!o.every.empty()) {
     char* end = nullptr;
@@ -34,6 +34,7 @@ CheckpointFile::CheckpointFile(const CheckpointOptions& o)
       throw UsageError("--checkpoint-every: '" + o.every + "' is not a number of seconds greater than 0");
     if (path_.empty()) throw UsageError("--checkpoint-every: needs --checkpoint FILE (or --resume FILE)");
   }
+  if (!checkFiles) return;
   if (!resume_.empty()) {
     std::ifstream probe(resume_, std::ios::binary);
     if (!probe) throw UsageError("--resume: cannot read " + resume_ + ": " + std::strerror(errno));

@@ -33,10 +33,11 @@ class CheckpointFile {
   static constexpr double kDefaultEverySeconds = 60.0;
 
   // Throws UsageError naming the flag: --checkpoint-every that is not a
-  // positive number of seconds, or given without a file to write; a
-  // --checkpoint in a directory where no file can be created; a --resume
-  // file that does not exist.
-  explicit CheckpointFile(const CheckpointOptions& options);
+  // positive number of seconds, or given without a file to write; with
+  // checkFiles (the rank that reads and writes the file), a --checkpoint in
+  // a directory where no file can be created or a --resume file that does
+  // not exist.
+  explicit CheckpointFile(const CheckpointOptions& options, bool checkFiles = true);
 
   bool enabled() const { return !path_.empty(); }
   bool resuming() const { return !resume_.empty(); }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commands.h"
+#include "distribution.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -36,7 +37,10 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
       "Sweeps: VALUE, A,B,C, START:STEP:STOP, or START:*FACTOR:STOP (ratio steps); for --rber a STEP "
       "of 1 or more is a ratio, so 1e-3:2:8e-3 is 1e-3, 2e-3, 4e-3, 8e-3.\n"
       "Results depend only on the options and --seed, never on --threads (--time-limit aside). On SIGINT or "
-      "SIGTERM the finished points are written and the exit status is 130 or 143.");
+      "SIGTERM the finished points are written (and a checkpoint, with --checkpoint) and the exit status is 130 or "
+      "143.\nUnder MPI (mpirun -np N flashbch simulate ...) the blocks of every round (the error counts, for "
+      "stratified) are shared out among the ranks, each running --threads threads, with the same table as "
+      "one process; rank 0 prints and writes the files.");
   addLayout(*sub, o.layout, o.t);
   sub->add_option("--channel", o.channel,
                   "awgn (the library's test channel, hard decision), bsc, or awgn-bits (awgn drawn one "
@@ -67,6 +71,7 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
   sub->add_option("--plot", o.plot,
                   "draw the rates against the channel parameter (FILE.png or FILE.svg, needs gnuplot)");
   sub->add_flag("--quiet", o.quiet, "no progress line on standard error");
+  addCheckpointOptions(*sub, o.checkpoint);
 }
 
 void addPage(CLI::App& sub, PageOptions& o, bool decoding) {
@@ -156,7 +161,8 @@ int runCommandLine(int argc, char** argv) {
     return runUber(uber);
   } catch (const UsageError& e) {
     std::cout.flush();
-    std::cerr << "flashbch " << command << ": " << e.what() << std::endl;
+    // Every rank of an MPI job finds the same error; one report is enough.
+    if (launchedRank() == 0) std::cerr << "flashbch " << command << ": " << e.what() << std::endl;
     return 2;
   }
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "checkpointFile.h"
+
 namespace flashbch {
 
 struct SimulateOptions {
@@ -25,6 +27,7 @@ struct SimulateOptions {
   int threads = 0;  // 0: every core
   std::string csv, json, plot;
   bool quiet = false;
+  CheckpointOptions checkpoint;
 };
 
 struct PageOptions {

@@ -20,10 +20,12 @@
 
 #include "codeFacts.h"
 #include "commands.h"
+#include "distribution.h"
 #include "errorStatistics.h"
 #include "gnuplotRunner.h"
 #include "resultTable.h"
 #include "simulation.h"
+#include "simulationCheckpoint.h"
 #include "stratifiedEstimator.h"
 #include "sweep.h"
 #include "usageError.h"
@@ -222,7 +224,7 @@ std::vector<Cell> rowOf(const PointEstimate& e, const SimulationSettings& s) {
   return row;
 }
 
-void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, const ResultTable& table) {
+void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, int ranks, const ResultTable& table) {
   if (!o.csv.empty()) {
     std::ostringstream csv;
     table.writeCsv(csv);
@@ -240,6 +242,7 @@ void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, 
     document["channel"] = channelName(settings.channel);
     document["estimator"] = estimatorName(settings.estimator);
     document["seed"] = settings.seed;
+    document["ranks"] = ranks;
     document["max_fe"] = settings.maxFailures;
     document["max_frames"] = settings.maxBlocks;
     document["time_limit"] = settings.timeLimit > 0 ? Json(settings.timeLimit) : Json(nullptr);
@@ -255,57 +258,98 @@ void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, 
   }
 }
 
+// True on every rank when any rank was asked to stop.
+bool anyCancelled(Distribution& ranks) {
+  std::int64_t cancelled = gCancel.load() ? 1 : 0;
+  ranks.sum(&cancelled, 1);
+  return cancelled > 0;
+}
+
 }  // namespace
 
 int runSimulate(const SimulateOptions& o) {
-  const SimulationSettings settings = settingsFrom(o);
+  SimulationSettings settings = settingsFrom(o);
   if (!o.plot.empty()) checkPlotTarget(o.plot);
   checkOutputPath("--csv", o.csv);
   checkOutputPath("--json", o.json);
+  CheckpointFile checkpointFile(o.checkpoint, launchedRank() == 0);
+  const auto ranks = startDistribution();
+  settings.ranks = ranks.get();
+  SimulationCheckpoint checkpoint(std::move(checkpointFile), settings, *ranks);
   const StopSignals signals;
+  // Rank 0 speaks for the job.
+  std::ostringstream elsewhere;
+  std::ostream& out = ranks->isRoot() ? std::cout : elsewhere;
 
   const char* parameter = channelParameterName(settings.channel);
   ResultTable table({parameter, "raw_ber", "fer", "fer_low", "fer_high", "miscorrection_rate", "miscorrection_low",
                      "miscorrection_high", "uber", "uber_low", "uber_high", "uncorrectable", "miscorrected",
                      "codewords", "blocks", "analytic_fer", "estimator", "seconds"});
   const BlockLayout& layout = settings.layout;
-  std::cout << "flashbch simulate: layout " << layout.describe() << " data bits, t = " << layout.t << " ("
+  out << "flashbch simulate: layout " << layout.describe() << " data bits, t = " << layout.t << " ("
             << layout.parityBits() << " parity bits, " << layout.storedParityBits() << " stored), channel "
             << channelName(settings.channel) << ", estimator " << estimatorName(settings.estimator) << ", seed "
-            << settings.seed << ", " << settings.threads << (settings.threads == 1 ? " thread" : " threads")
+            << settings.seed << ", " << ranks->size() << (ranks->size() == 1 ? " rank" : " ranks") << " of "
+            << settings.threads << (settings.threads == 1 ? " thread" : " threads")
             << (settings.estimator == Estimator::MonteCarlo ? "; a point stops at " : "; an error count stops at ")
             << settings.maxFailures << " failed codewords or " << settings.maxBlocks
             << (settings.estimator == Estimator::MonteCarlo ? " blocks\n" : " patterns\n");
-  table.writeTextHeader(std::cout, kColumnWidth);
-  std::cout.flush();
+  table.writeTextHeader(out, kColumnWidth);
+  out.flush();
 
-  const bool live = !o.quiet && ::isatty(STDERR_FILENO);
+  const bool live = !o.quiet && ranks->isRoot() && ::isatty(STDERR_FILENO);
   ProgressCallback progress;
   if (live) progress = [&](const Progress& p) { showProgress(p, settings); };
   const auto addRow = [&](const PointEstimate& estimate) {
     table.addRow(rowOf(estimate, settings));
-    table.writeTextRow(std::cout, table.rows().back(), kColumnWidth);
-    std::cout.flush();
+    table.writeTextRow(out, table.rows().back(), kColumnWidth);
+    out.flush();
   };
-  if (settings.estimator == Estimator::Stratified) {
-    StratifiedEstimator estimator(settings);
-    estimator.run(progress);
-    if (live) std::fprintf(stderr, "\r\033[K");
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
-      addRow(estimator.estimate(point));
-  } else {
-    Simulator simulator(settings);
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()) && !gCancel.load(); ++point) {
-      const Simulator::PointResult result = simulator.runPoint(point, progress);
+  bool cancelled = false;
+  try {
+    if (settings.estimator == Estimator::Stratified) {
+      StratifiedEstimator estimator(settings);
+      estimator.setRoundHook([&] { checkpoint.stratifiedDone(estimator, false); });
+      if (!checkpoint.restore(estimator)) estimator.run(progress);
       if (live) std::fprintf(stderr, "\r\033[K");
-      if (!gCancel.load()) addRow(result.estimate);
+      cancelled = anyCancelled(*ranks);
+      checkpoint.stratifiedDone(estimator, !cancelled);
+      for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
+        addRow(estimator.estimate(point));
+    } else {
+      Simulator simulator(settings);
+      simulator.setRoundHook([&](int point, const Simulator::RoundState& state) { checkpoint.roundDone(point, state); });
+      const int points = static_cast<int>(settings.parameters.size()), resumed = checkpoint.finishedPoints();
+      for (int point = 0; point < resumed && point < points; ++point) {
+        Simulator::PointResult saved = checkpoint.finishedPoint(point);
+        const double parameter = channelAt(settings, settings.parameters[static_cast<size_t>(point)])->parameter();
+        const double seconds = saved.estimate.seconds;
+        saved.estimate = monteCarloEstimate(parameter, saved.tally);
+        saved.estimate.seconds = seconds;
+        addRow(saved.estimate);
+      }
+      if (const auto running = checkpoint.runningPoint()) simulator.resumeNextPoint(*running);
+      for (int point = resumed; point < points && !cancelled; ++point) {
+        const Simulator::PointResult result = simulator.runPoint(point, progress);
+        if (live) std::fprintf(stderr, "\r\033[K");
+        cancelled = anyCancelled(*ranks);
+        if (cancelled) break;
+        checkpoint.pointDone(point, result);
+        addRow(result.estimate);
+      }
     }
+  } catch (const std::exception& e) {
+    // The other ranks wait for this one in the next reduction: end them all.
+    if (ranks->size() > 1) ranks->abort("rank " + std::to_string(ranks->rank()) + ": " + e.what(), 1);
+    throw;
   }
-  writeOutputs(o, settings, table);
-  if (gCancel.load()) {
+  checkpoint.save();
+  if (!ranks->isRoot()) return cancelled ? 1 : 0;
+  writeOutputs(o, settings, ranks->size(), table);
+  if (cancelled) {
     std::cerr << "flashbch simulate: stopped by signal " << gSignal << "; " << table.rows().size()
-              << " finished points written" << std::endl;
-    return 128 + gSignal;
+              << " finished points written" << (checkpoint.enabled() ? ", and the checkpoint" : "") << std::endl;
+    return gSignal ? 128 + gSignal : 1;
   }
 
   if (!o.plot.empty()) {

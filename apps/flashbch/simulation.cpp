@@ -5,8 +5,10 @@
 #include <cmath>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "blockWorker.h"
+#include "distribution.h"
 #include "roundScheduler.h"
 
 namespace flashbch {
@@ -110,31 +112,52 @@ Simulator::~Simulator() = default;
 Simulator::PointResult Simulator::runPoint(int point, const ProgressCallback& onProgress, double progressSeconds) {
   const SimulationSettings& s = settings_;
   const auto channel = channelAt(s, s.parameters.at(static_cast<size_t>(point)));
-  const auto start = std::chrono::steady_clock::now();
+  RoundState state = std::exchange(resume_, RoundState());
+  const auto start = std::chrono::steady_clock::now() - std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                                             std::chrono::duration<double>(state.seconds));
   const auto elapsed = [&] { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); };
+  const auto countRulesMet = [&](const PointTally& t) {
+    return t.failures() >= s.maxFailures || t.blocks >= s.maxBlocks ||
+           (s.targetRelativeHalfWidth > 0 &&
+            relativeHalfWidth(monteCarloEstimate(0, t).fer) <= s.targetRelativeHalfWidth);
+  };
   double lastProgress = 0.0;
-  PointTally tally;
+  PointTally& tally = state.tally;
   std::vector<PointTally> round;
   std::int64_t roundBlocks = std::max<std::int64_t>(1, s.firstRoundBlocks);
-  for (;; roundBlocks = std::min(2 * roundBlocks, std::max(roundBlocks, s.largestRoundBlocks))) {
-    const std::int64_t first = tally.blocks;
-    round.assign(static_cast<size_t>(std::min(roundBlocks, s.maxBlocks - first)), PointTally());
-    runRound(s.threads, static_cast<std::int64_t>(round.size()), [&](int worker, std::int64_t i) {
+  const auto growRound = [&] { roundBlocks = std::min(2 * roundBlocks, std::max(roundBlocks, s.largestRoundBlocks)); };
+  for (std::int64_t r = 0; r < state.rounds; ++r) growRound();
+  for (; !(state.rounds > 0 && countRulesMet(tally)); growRound()) {
+    const std::int64_t first = tally.blocks, count = std::min(roundBlocks, s.maxBlocks - first);
+    const BlockRange mine = s.ranks ? s.ranks->share(first, count) : BlockRange{first, first + count};
+    round.assign(static_cast<size_t>(mine.size()), PointTally());
+    runRound(s.threads, mine.size(), [&](int worker, std::int64_t i) {
       round[static_cast<size_t>(i)] = workers_[static_cast<size_t>(worker)]->simulate(
-          *channel, streamKey({s.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(first + i)}));
+          *channel, streamKey({s.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(mine.begin + i)}));
     });
-    for (const PointTally& one : round) tally.add(one);
-    const double seconds = elapsed();
+    PointTally sum;
+    for (const PointTally& one : round) sum.add(one);
+    double seconds = elapsed();
+    bool stop = (s.timeLimit > 0 && seconds >= s.timeLimit) || (s.cancel && s.cancel->load());
+    if (s.ranks) {
+      std::vector<std::int64_t> fields = sum.toArray();
+      fields.push_back(stop ? 1 : 0);
+      s.ranks->sum(fields.data(), fields.size());
+      stop = fields.back() > 0;
+      fields.pop_back();
+      sum = PointTally::fromArray(fields);
+      seconds = elapsed();
+    }
+    tally.add(sum);
+    ++state.rounds;
+    state.seconds = seconds;
+    if (roundHook_) roundHook_(point, state);
     if (onProgress && seconds - lastProgress >= progressSeconds) {
       lastProgress = seconds;
       onProgress({point, static_cast<int>(s.parameters.size()), tally.blocks, tally.failures(), tally.codewords,
                   seconds});
     }
-    if (tally.failures() >= s.maxFailures || tally.blocks >= s.maxBlocks) break;
-    if (s.targetRelativeHalfWidth > 0 &&
-        relativeHalfWidth(monteCarloEstimate(0, tally).fer) <= s.targetRelativeHalfWidth)
-      break;
-    if ((s.timeLimit > 0 && seconds >= s.timeLimit) || (s.cancel && s.cancel->load())) break;
+    if (stop) break;
   }
   PointResult result;
   result.tally = tally;

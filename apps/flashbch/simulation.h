@@ -12,8 +12,14 @@
 // half-width of the failure rate's interval at most targetRelativeHalfWidth,
 // the point's time limit, or a cancel request. The count-based rules see
 // whole rounds only, so a table depends on the settings alone, never on the
-// number of threads (nor, later, processes); the time limit and
-// cancelling are the exceptions, by their nature.
+// number of threads or processes; the time limit and cancelling are the
+// exceptions, by their nature. With several processes (settings.ranks),
+// each takes its share of every round's blocks, and one reduction per round
+// sums the shares' tallies together with every rank's request to stop
+// (time limit, cancel), so that all ranks end a point after the same round.
+// A point resumed from a checkpoint's state first applies the count-based
+// rules to it: a state saved after the point's last round ends the point
+// without another round.
 //
 // Intervals (95%): the failure and miscorrection rates get Wilson score
 // intervals on their counts. The data bit error rate after decoding (UBER)
@@ -36,6 +42,8 @@
 #include "errorStatistics.h"
 
 namespace flashbch {
+
+class Distribution;
 
 constexpr std::int64_t kFirstRoundBlocks = 16;
 constexpr std::int64_t kLargestRoundBlocks = 1024;
@@ -62,6 +70,7 @@ struct SimulationSettings {
   std::int64_t firstRoundBlocks = kFirstRoundBlocks;
   std::int64_t largestRoundBlocks = kLargestRoundBlocks;
   const std::atomic<bool>* cancel = nullptr;  // stop after the current round when set
+  Distribution* ranks = nullptr;              // null: this process alone
   DecoderFactory makeDecoder;                 // empty: PackedHardDecoder
   ChannelFactory makeChannel;                 // empty: makeChannel(channel, parameter)
 };
@@ -129,12 +138,24 @@ class Simulator {
     PointTally tally;
     PointEstimate estimate;
   };
+  // Where a point stands after its last whole round.
+  struct RoundState {
+    PointTally tally;
+    std::int64_t rounds = 0;
+    double seconds = 0.0;
+  };
+  // The next runPoint continues from `state` instead of block 0.
+  void resumeNextPoint(const RoundState& state) { resume_ = state; }
+  // Called on every rank after every whole round, with the point's state.
+  void setRoundHook(std::function<void(int point, const RoundState&)> hook) { roundHook_ = std::move(hook); }
   // onProgress, when set, is called between rounds about every progressSeconds.
   PointResult runPoint(int point, const ProgressCallback& onProgress = {}, double progressSeconds = 0.25);
 
  private:
   SimulationSettings settings_;
   std::vector<std::unique_ptr<BlockWorker>> workers_;
+  RoundState resume_;
+  std::function<void(int, const RoundState&)> roundHook_;
 };
 
 }  // namespace flashbch

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "blockWorker.h"
+#include "distribution.h"
 #include "roundScheduler.h"
 #include "usageError.h"
 
@@ -136,26 +137,54 @@ StratumTally StratifiedEstimator::sample(int worker, size_t i, std::int64_t roun
   return t;
 }
 
+bool StratifiedEstimator::targetMet() const {
+  if (!(settings_.targetRelativeHalfWidth > 0)) return false;
+  for (size_t p = 0; p < points_.size(); ++p) {
+    const LogInterval fer = estimate(static_cast<int>(p)).fer;
+    if (!(fer.log10High == -INFINITY || relativeHalfWidth(fer) <= settings_.targetRelativeHalfWidth)) return false;
+  }
+  return true;
+}
+
 void StratifiedEstimator::run(const ProgressCallback& onProgress, double progressSeconds) {
   const SimulationSettings& s = settings_;
   const auto start = std::chrono::steady_clock::now();
   const double before = seconds_;
   double lastProgress = 0.0;
-  for (;;) {
+  // A run resumed after the round that met the target ends at once.
+  for (; !(rounds_ > 0 && targetMet());) {
     std::vector<size_t> open;
     for (size_t i = 0; i < strata_.size(); ++i)
       if (!closed(i)) open.push_back(i);
     if (open.empty()) break;
+    // Each rank samples its share of the open strata; the others' entries
+    // stay zero until the round's reduction fills them in.
+    const auto items = static_cast<std::int64_t>(open.size());
+    const BlockRange mine = s.ranks ? s.ranks->share(0, items) : BlockRange{0, items};
     std::vector<StratumTally> results(open.size());
-    runRound(s.threads, static_cast<std::int64_t>(open.size()), [&](int worker, std::int64_t item) {
-      const size_t i = open[static_cast<size_t>(item)];
+    runRound(s.threads, mine.size(), [&](int worker, std::int64_t item) {
+      const size_t j = static_cast<size_t>(mine.begin + item), i = open[j];
       const std::int64_t count = std::min(kStratumRoundSamples, s.maxBlocks - tallies_[i].samples);
-      results[static_cast<size_t>(item)] = sample(worker, i, rounds_, count);
+      results[j] = sample(worker, i, rounds_, count);
     });
+    double spent = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    bool stop = (s.timeLimit > 0 && spent >= s.timeLimit * static_cast<double>(points_.size())) ||
+                (s.cancel && s.cancel->load());
+    if (s.ranks) {
+      std::vector<std::int64_t> fields;
+      for (const StratumTally& t : results)
+        fields.insert(fields.end(), {t.samples, t.uncorrectable, t.miscorrected, t.dataBitErrors, t.dataBitErrorsSquared});
+      fields.push_back(stop ? 1 : 0);
+      s.ranks->sum(fields.data(), fields.size());
+      for (size_t j = 0; j < results.size(); ++j)
+        results[j] = {fields[5 * j], fields[5 * j + 1], fields[5 * j + 2], fields[5 * j + 3], fields[5 * j + 4]};
+      stop = fields.back() > 0;
+      spent = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
     for (size_t j = 0; j < open.size(); ++j) tallies_[open[j]].add(results[j]);
     ++rounds_;
-    const double spent = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     seconds_ = before + spent;
+    if (roundHook_) roundHook_();
     if (onProgress && spent - lastProgress >= progressSeconds) {
       lastProgress = spent;
       Progress p{-1, static_cast<int>(s.parameters.size()), 0, 0, 0, spent};
@@ -166,16 +195,7 @@ void StratifiedEstimator::run(const ProgressCallback& onProgress, double progres
       p.codewords = p.blocks;
       onProgress(p);
     }
-    if (s.targetRelativeHalfWidth > 0) {
-      bool met = true;
-      for (size_t p = 0; p < points_.size() && met; ++p) {
-        const LogInterval fer = estimate(static_cast<int>(p)).fer;
-        met = fer.log10High == -INFINITY || relativeHalfWidth(fer) <= s.targetRelativeHalfWidth;
-      }
-      if (met) break;
-    }
-    if (s.timeLimit > 0 && spent >= s.timeLimit * static_cast<double>(points_.size())) break;
-    if (s.cancel && s.cancel->load()) break;
+    if (stop) break;
   }
 }
 

@@ -39,6 +39,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -74,8 +75,20 @@ class StratifiedEstimator {
   explicit StratifiedEstimator(SimulationSettings settings);
   ~StratifiedEstimator();
 
-  // Samples until a stop rule holds; callable again after a cancel.
+  // Samples until a stop rule holds; callable again after a cancel. With
+  // several ranks each round's open strata are shared out among them and
+  // their tallies summed in one reduction per round.
   void run(const ProgressCallback& onProgress = {}, double progressSeconds = 0.25);
+  // Rounds done and seconds spent: with tallies(), the state a checkpoint
+  // keeps; resume() puts a saved state back before run().
+  std::int64_t rounds() const { return rounds_; }
+  double seconds() const { return seconds_; }
+  void resume(std::int64_t rounds, double seconds) {
+    rounds_ = rounds;
+    seconds_ = seconds;
+  }
+  // Called on every rank after every whole round.
+  void setRoundHook(std::function<void()> hook) { roundHook_ = std::move(hook); }
   PointEstimate estimate(int point) const;
 
   const std::vector<Stratum>& strata() const { return strata_; }
@@ -94,6 +107,7 @@ class StratifiedEstimator {
   };
   StratumTally sample(int worker, size_t stratum, std::int64_t round, std::int64_t count);
   bool closed(size_t stratum) const;
+  bool targetMet() const;
 
   SimulationSettings settings_;
   std::vector<std::unique_ptr<class BlockWorker>> workers_;
@@ -102,6 +116,7 @@ class StratifiedEstimator {
   std::vector<std::vector<LengthAtPoint>> points_;
   std::int64_t rounds_ = 0;
   double seconds_ = 0.0;
+  std::function<void()> roundHook_;
 };
 
 }  // namespace flashbch
