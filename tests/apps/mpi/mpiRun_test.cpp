@@ -1,20 +1,25 @@
 // Runs programs under the MPI launcher with 1, 2 and 3 ranks (more ranks
-// than cores are allowed, and running as root, as CI does, is allowed).
+// than cores are allowed, and running as root, as CI does, is allowed):
+// the distribution layer's probe, and flashbch simulate, whose JSON must
+// not depend on the number of ranks, and which must survive a dead rank
+// through its checkpoint.
 #include <unistd.h>
 
 #include <cstdio>
 #include <gtest/gtest.h>
 
 #include "apps/flashbchRunner.h"
+#include "apps/tableJson.h"
 #include "support/testutil.h"
 
 namespace {
 
 using Outcome = flashbchtest::Run;
+using flashbchtest::tableJson;
 
-std::string launcher(int ranks) {
+std::string launcher(int ranks, const std::string& exported = "") {
   return std::string("'") + FLASHBCH_MPIEXEC + "' -np " + std::to_string(ranks) + " --oversubscribe" +
-         (::geteuid() == 0 ? " --allow-run-as-root" : "");
+         (::geteuid() == 0 ? " --allow-run-as-root" : "") + (exported.empty() ? "" : " -x " + exported);
 }
 
 Outcome runUnderMpi(int ranks, const std::string& program, const std::string& args) {
@@ -50,6 +55,39 @@ TEST(MpiRun, AFailedRankIsNamedAndEndsTheJob) {
   EXPECT_NE(run.status, 0);
   EXPECT_NE(run.err.find("flashbch: rank 2: disk full; ending the job\n"), std::string::npos) << run.err;
   EXPECT_EQ(run.out, "");
+}
+
+const char* const kSweeps[] = {
+    "simulate --layout 2x1024 --t 4 --channel bsc --rber 2e-3,3e-3 --max-fe 50 --max-frames 4000 --quiet",
+    "simulate --layout 2x1024 --t 4 --channel bsc --rber 1e-3,2e-3 --estimator stratified --max-fe 40 "
+    "--max-frames 2000 --quiet",
+};
+
+TEST(MpiRun, TheTableDoesNotDependOnRanksOrThreads) {
+  qfbtest::ScratchDir scratch;
+  for (const std::string sweep : kSweeps) {
+    ASSERT_EQ(flashbchtest::runFlashbch(sweep + " --threads 2 --json plain.json").status, 0) << sweep;
+    for (int ranks : {1, 2, 3}) {
+      const auto run = flashbchtest::runFlashbch(sweep + " --threads 1 --json ranks.json", launcher(ranks));
+      EXPECT_EQ(run.status, 0) << ranks << " ranks: " << run.err;
+      EXPECT_EQ(tableJson("ranks.json"), tableJson("plain.json")) << sweep << ", " << ranks << " ranks";
+      EXPECT_NE(run.out.find(std::to_string(ranks) + (ranks == 1 ? " rank " : " ranks ")), std::string::npos);
+    }
+  }
+}
+
+TEST(MpiRun, ADeadRankIsNamedAndTheCheckpointResumes) {
+  qfbtest::ScratchDir scratch;
+  const std::string sweep = kSweeps[0];
+  ASSERT_EQ(flashbchtest::runFlashbch(sweep + " --json whole.json").status, 0);
+  // Rank 1 is killed after its third round; rank 0 has saved every round.
+  const auto killed = flashbchtest::runFlashbch(sweep + " --checkpoint run.ckpt --checkpoint-every 0.001",
+                                                "FLASHBCH_TEST_RAISE=1:3:9 " + launcher(2, "FLASHBCH_TEST_RAISE"));
+  EXPECT_NE(killed.status, 0);
+  EXPECT_NE(killed.err.find("rank 1"), std::string::npos) << killed.err;
+  const auto resumed = flashbchtest::runFlashbch(sweep + " --resume run.ckpt --json resumed.json", launcher(3));
+  EXPECT_EQ(resumed.status, 0) << resumed.err;
+  EXPECT_EQ(tableJson("resumed.json"), tableJson("whole.json"));
 }
 
 }  // namespace
