@@ -123,41 +123,67 @@ Simulator::PointResult Simulator::runPoint(int point, const ProgressCallback& on
   };
   double lastProgress = 0.0;
   PointTally& tally = state.tally;
-  std::vector<PointTally> round;
-  std::int64_t roundBlocks = std::max<std::int64_t>(1, s.firstRoundBlocks);
-  const auto growRound = [&] { roundBlocks = std::min(2 * roundBlocks, std::max(roundBlocks, s.largestRoundBlocks)); };
-  for (std::int64_t r = 0; r < state.rounds; ++r) growRound();
-  for (; !(state.rounds > 0 && countRulesMet(tally)); growRound()) {
-    const std::int64_t first = tally.blocks, count = std::min(roundBlocks, s.maxBlocks - first);
-    const BlockRange mine = s.ranks ? s.ranks->share(first, count) : BlockRange{first, first + count};
-    round.assign(static_cast<size_t>(mine.size()), PointTally());
+  const auto roundSize = [&](std::int64_t r) {
+    std::int64_t size = std::max<std::int64_t>(1, s.firstRoundBlocks);
+    for (std::int64_t i = 0; i < r && size < s.largestRoundBlocks; ++i) size = std::min(2 * size, s.largestRoundBlocks);
+    return size;
+  };
+  const std::int64_t rankCount = s.ranks ? s.ranks->size() : 1;
+  std::vector<PointTally> blocks;
+  bool done = state.rounds > 0 && countRulesMet(tally);
+  while (!done) {
+    // The batch: rounds state.rounds, state.rounds + 1, ... over consecutive
+    // blocks; one round alone, or with several ranks enough rounds to give
+    // every rank kBatchBlocksPerRank blocks.
+    const std::int64_t first = tally.blocks;
+    std::vector<std::int64_t> ends;  // one past each round's last block
+    for (std::int64_t end = first; end < s.maxBlocks;) {
+      end = std::min(end + roundSize(state.rounds + static_cast<std::int64_t>(ends.size())), s.maxBlocks);
+      ends.push_back(end);
+      if (end - first >= rankCount * kBatchBlocksPerRank || rankCount == 1) break;
+    }
+    const BlockRange mine = s.ranks ? s.ranks->share(first, ends.back() - first) : BlockRange{first, ends.back()};
+    blocks.assign(static_cast<size_t>(mine.size()), PointTally());
     runRound(s.threads, mine.size(), [&](int worker, std::int64_t i) {
-      round[static_cast<size_t>(i)] = workers_[static_cast<size_t>(worker)]->simulate(
+      blocks[static_cast<size_t>(i)] = workers_[static_cast<size_t>(worker)]->simulate(
           *channel, streamKey({s.seed, static_cast<std::uint64_t>(point), static_cast<std::uint64_t>(mine.begin + i)}));
     });
-    PointTally sum;
-    for (const PointTally& one : round) sum.add(one);
+    std::vector<PointTally> rounds(ends.size());
+    for (std::int64_t b = mine.begin; b < mine.end; ++b) {
+      const size_t r = static_cast<size_t>(std::upper_bound(ends.begin(), ends.end(), b) - ends.begin());
+      rounds[r].add(blocks[static_cast<size_t>(b - mine.begin)]);
+    }
     double seconds = elapsed();
     bool stop = (s.timeLimit > 0 && seconds >= s.timeLimit) || (s.cancel && s.cancel->load());
     if (s.ranks) {
-      std::vector<std::int64_t> fields = sum.toArray();
+      std::vector<std::int64_t> fields;
+      for (const PointTally& t : rounds) {
+        const auto f = t.toArray();
+        fields.insert(fields.end(), f.begin(), f.end());
+      }
       fields.push_back(stop ? 1 : 0);
       s.ranks->sum(fields.data(), fields.size());
+      for (size_t r = 0; r < rounds.size(); ++r)
+        rounds[r] = PointTally::fromArray({fields.begin() + static_cast<std::ptrdiff_t>(r * PointTally::kFields),
+                                           fields.begin() + static_cast<std::ptrdiff_t>((r + 1) * PointTally::kFields)});
       stop = fields.back() > 0;
-      fields.pop_back();
-      sum = PointTally::fromArray(fields);
       seconds = elapsed();
     }
-    tally.add(sum);
-    ++state.rounds;
-    state.seconds = seconds;
-    if (roundHook_) roundHook_(point, state);
+    // The stop rules see the rounds one by one, in order; rounds of the
+    // batch after the one that ends the point are dropped.
+    for (size_t r = 0; r < rounds.size() && !done; ++r) {
+      tally.add(rounds[r]);
+      ++state.rounds;
+      state.seconds = seconds;
+      if (roundHook_) roundHook_(point, state);
+      done = countRulesMet(tally);
+    }
     if (onProgress && seconds - lastProgress >= progressSeconds) {
       lastProgress = seconds;
       onProgress({point, static_cast<int>(s.parameters.size()), tally.blocks, tally.failures(), tally.codewords,
                   seconds});
     }
-    if (stop) break;
+    done = done || stop;
   }
   PointResult result;
   result.tally = tally;

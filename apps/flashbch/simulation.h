@@ -14,9 +14,10 @@
 // whole rounds only, so a table depends on the settings alone, never on the
 // number of threads or processes; the time limit and cancelling are the
 // exceptions, by their nature. With several processes (settings.ranks),
-// each takes its share of every round's blocks, and one reduction per round
-// sums the shares' tallies together with every rank's request to stop
-// (time limit, cancel), so that all ranks end a point after the same round.
+// each takes its share of the blocks of a batch of rounds, and one reduction
+// per batch sums the shares' tallies of every round together with every
+// rank's request to stop (time limit, cancel), so that all ranks end a point
+// after the same round.
 // A point resumed from a checkpoint's state first applies the count-based
 // rules to it: a state saved after the point's last round ends the point
 // without another round.
@@ -47,6 +48,12 @@ class Distribution;
 
 constexpr std::int64_t kFirstRoundBlocks = 16;
 constexpr std::int64_t kLargestRoundBlocks = 1024;
+// With several ranks, rounds are reduced in batches of at least this many
+// blocks per rank (a few milliseconds of work each), so that a reduction's
+// latency stays a small share of the run even when a round has fewer blocks
+// than the job has ranks. Rounds computed past the one that ends a point are
+// dropped, so the table does not change.
+constexpr std::int64_t kBatchBlocksPerRank = 64;
 
 enum class Estimator { MonteCarlo, Stratified };
 const char* estimatorName(Estimator estimator);
