@@ -269,9 +269,11 @@ bool anyCancelled(Distribution& ranks) {
 
 int runSimulate(const SimulateOptions& o) {
   SimulationSettings settings = settingsFrom(o);
-  if (!o.plot.empty()) checkPlotTarget(o.plot);
-  checkOutputPath("--csv", o.csv);
-  checkOutputPath("--json", o.json);
+  if (launchedRank() == 0) {  // the rank that writes them
+    if (!o.plot.empty()) checkPlotTarget(o.plot);
+    checkOutputPath("--csv", o.csv);
+    checkOutputPath("--json", o.json);
+  }
   CheckpointFile checkpointFile(o.checkpoint, launchedRank() == 0);
   const auto ranks = startDistribution();
   settings.ranks = ranks.get();
@@ -338,6 +340,8 @@ int runSimulate(const SimulateOptions& o) {
         addRow(result.estimate);
       }
     }
+  } catch (const UsageError&) {
+    throw;  // every rank finds the same
   } catch (const std::exception& e) {
     // The other ranks wait for this one in the next reduction: end them all.
     if (ranks->size() > 1) ranks->abort("rank " + std::to_string(ranks->rank()) + ": " + e.what(), 1);
