@@ -9,7 +9,7 @@
 
 #include "bch/packedBits.h"
 
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
 #include <immintrin.h>
 #define QFB_HAVE_CLMUL 1
 #endif

@@ -5,9 +5,10 @@
 #include <cstring>
 
 KernelLevel detectedKernelLevel() {
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
   __builtin_cpu_init();
-  if (__builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw"))
+  if (__builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("gfni") && __builtin_cpu_supports("avx512f") &&
+      __builtin_cpu_supports("avx512bw"))
     return KernelLevel::VectorClmul;
   if (__builtin_cpu_supports("pclmul")) return KernelLevel::Clmul;
 #endif

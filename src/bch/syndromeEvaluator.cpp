@@ -40,6 +40,7 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field
       cosets.push_back(std::move(c));
     }
     cosetOfSyndrome.push_back(found->second);
+    squareOf.push_back(e % 2 == 0 && e / 2 >= b && e / 2 - b < j ? e / 2 - b : -1);
     for (int i = 0; i < m; ++i)
       powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
   }
@@ -105,7 +106,13 @@ void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
   for (; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
   const int m = field.m();
   const int count = static_cast<int>(cosetOfSyndrome.size());
+  const int order = field.order();
   for (int j = 0; j < count; ++j) {
+    if (squareOf[j] >= 0) {
+      const int half = S[squareOf[j]];
+      S[j] = half == order ? order : (2 * half) % order;
+      continue;
+    }
     uint32_t s = residues[cosetOfSyndrome[j]];
     const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
     uint16_t value = 0;

@@ -7,6 +7,12 @@
 // with s(x) = R(x) mod M(x), S_j = s(alpha^(b+j)) for every root of M. The
 // reduction runs a byte at a time with a 256-entry table per coset,
 // T[u] = u(x) x^d mod M; the evaluation sums at most m powers of alpha.
+// Only one root per coset needs that sum: over GF(2), c(beta^2) = c(beta)^2,
+// so a syndrome whose exponent b+j is twice that of an earlier one is the
+// earlier one squared, a doubling of its logarithm. For a narrow-sense code
+// that is every even exponent: t residues, t short sums and t doublings
+// for 2t syndromes, with no general field multiplication at all (the
+// byte-table reduction is the costly part, and it is per coset).
 #pragma once
 
 #include <cstdint>
@@ -37,6 +43,7 @@ class SyndromeEvaluator {
   const FieldTables& field;
   std::vector<Coset> cosets;
   std::vector<int> cosetOfSyndrome;
+  std::vector<int> squareOf;  // per syndrome: the earlier one it is the square of, or -1
   std::vector<uint16_t> powers;  // per syndrome j: alpha^(e_j * i), i = 0..m-1
   mutable std::vector<uint32_t> residues;
 };
