@@ -36,7 +36,7 @@ LocatorRoots::LocatorRoots(const FieldTables& f, int t_, KernelLevel level)
   if (!VectorChien::supports(level)) return;
   search = std::make_unique<VectorChien>(f, t_);
   searchBelowLength.assign(t_ + 1, 0);
-  for (int d = 3; d <= t_; ++d) searchBelowLength[d] = static_cast<int>(1500 * std::pow(d, 0.75));
+  for (int d = 3; d <= t_; ++d) searchBelowLength[d] = static_cast<int>(1800 * std::pow(d, 0.75));
 }
 
 bool LocatorRoots::rootOfLinear(const uint16_t* f, int n, int* positions, int& found) const {

@@ -22,7 +22,7 @@
 // every position n d; where the processor has the vector search
 // (VectorChien), it takes the locators for which that is faster. Measured
 // on one x86-64 core (AVX-512 with GFNI), the search wins when
-// n < 1500 d^0.75: for n = 8192 + 15t from d = 10 on, for n = 4096 + 15t
+// n < 1800 d^0.75: for n = 8192 + 15t from d = 8 on, for n = 4096 + 15t
 // from d = 4 on.
 #pragma once
 

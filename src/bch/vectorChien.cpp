@@ -71,6 +71,20 @@ __attribute__((target("avx512f,avx512bw,gfni"))) void sumTerms(uint8_t* planes, 
   }
 }
 
+// The 64 lanes of a term from its first 8 (low and high bytes packed in
+// lo8, hi8): qword q of the planes is the first qword times alpha^(-8iq),
+// one matrix per qword (blocks: four groups of eight).
+__attribute__((target("avx512f,avx512bw,gfni"))) void expandLanes(uint64_t lo8, uint64_t hi8, const uint64_t* blocks,
+                                                                   uint8_t* plane) {
+  const __m512i lo = _mm512_set1_epi64(static_cast<long long>(lo8));
+  const __m512i hi = _mm512_set1_epi64(static_cast<long long>(hi8));
+  _mm512_storeu_si512(plane, _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo, _mm512_loadu_si512(blocks), 0),
+                                              _mm512_gf2p8affine_epi64_epi8(hi, _mm512_loadu_si512(blocks + 8), 0)));
+  _mm512_storeu_si512(plane + 64,
+                      _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo, _mm512_loadu_si512(blocks + 16), 0),
+                                       _mm512_gf2p8affine_epi64_epi8(hi, _mm512_loadu_si512(blocks + 24), 0)));
+}
+
 // terms: d rounded up to a multiple of 4, the extra planes zero. Returns
 // the number of roots found, at most d.
 __attribute__((target("avx512f,avx512bw,gfni"))) int searchPlanes(uint8_t* planes, const uint64_t* blocks, int terms,
@@ -119,15 +133,22 @@ VectorChien::VectorChien(const FieldTables& f, int t_)
     : field(f),
       t(t_),
       stepBlocks(4 * static_cast<size_t>(t_ + 3), 0),
-      laneLogs(64 * static_cast<size_t>(t_)),
+      laneLogs(8 * static_cast<size_t>(t_)),
+      laneBlocks(32 * static_cast<size_t>(t_)),
       planes(128 * static_cast<size_t>(t_ + 3), 0) {
   const int64_t order = field.order();
   for (int i = 1; i <= t; ++i) {
     const int step = static_cast<int>((order - (64 * static_cast<int64_t>(i)) % order) % order);
     matrixBlocks(field, field.exp(step), &stepBlocks[4 * static_cast<size_t>(i - 1)]);
-    for (int l = 0; l < 64; ++l)
-      laneLogs[64 * static_cast<size_t>(i - 1) + l] =
+    for (int l = 0; l < 8; ++l)
+      laneLogs[8 * static_cast<size_t>(i - 1) + l] =
           static_cast<int32_t>((order - (static_cast<int64_t>(i) * l) % order) % order);
+    for (int q = 0; q < 8; ++q) {
+      uint64_t blocks[4];
+      matrixBlocks(field, field.exp(static_cast<int>((order - (8 * static_cast<int64_t>(i) * q) % order) % order)),
+                   blocks);
+      for (int b = 0; b < 4; ++b) laneBlocks[32 * static_cast<size_t>(i - 1) + 8 * b + q] = blocks[b];
+    }
   }
 }
 
@@ -137,13 +158,14 @@ bool VectorChien::find(const uint16_t* lambda, int d, int n, int* positions) {
 #ifdef QFB_HAVE_GFNI
   for (int i = 1; i <= d; ++i) {
     const int logLambda = field.log(lambda[i]);
-    const int32_t* lanes = &laneLogs[64 * static_cast<size_t>(i - 1)];
-    uint8_t* plane = &planes[128 * static_cast<size_t>(i - 1)];
-    for (int l = 0; l < 64; ++l) {
-      const uint16_t v = field.expOfLogSum(logLambda, lanes[l]);
-      plane[l] = static_cast<uint8_t>(v & 0xff);
-      plane[64 + l] = static_cast<uint8_t>(v >> 8);
+    const int32_t* lanes = &laneLogs[8 * static_cast<size_t>(i - 1)];
+    uint64_t lo8 = 0, hi8 = 0;
+    for (int l = 0; l < 8; ++l) {
+      const uint64_t v = field.expOfLogSum(logLambda, lanes[l]);
+      lo8 |= (v & 0xff) << (8 * l);
+      hi8 |= (v >> 8) << (8 * l);
     }
+    expandLanes(lo8, hi8, &laneBlocks[32 * static_cast<size_t>(i - 1)], &planes[128 * static_cast<size_t>(i - 1)]);
   }
   // Up to three zero terms round the count to whole groups.
   const int terms = (d + 3) / 4 * 4;

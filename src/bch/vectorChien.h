@@ -15,7 +15,8 @@
 // Eight terms at a time stay in registers while they sweep 512 positions,
 // adding into the sums of those positions; then the next eight. After each
 // 512 positions the roots found so far are counted, and the search stops
-// at the d-th.
+// at the d-th. A term's 64 starting values lambda_i alpha^(-il) take eight
+// table look-ups (l < 8) and four more affine steps, one matrix per qword.
 //
 // Only for KernelLevel::VectorClmul (AVX-512F/BW with GFNI); LocatorRoots,
 // which finds the same roots by factorisation, is the portable twin.
@@ -41,6 +42,7 @@ class VectorChien {
   const FieldTables& field;
   int t;
   std::vector<uint64_t> stepBlocks;  // per term i = 1..t: the four blocks of alpha^(-64i) (3 spare)
-  std::vector<int32_t> laneLogs;     // per term i = 1..t, lane l < 64: log alpha^(-il)
+  std::vector<int32_t> laneLogs;     // per term i = 1..t, lane l < 8: log alpha^(-il)
+  std::vector<uint64_t> laneBlocks;  // per term i: blocks of alpha^(-8iq), q < 8, by block then q
   std::vector<uint8_t> planes;       // per term: 64 low bytes, 64 high bytes (3 spare zero terms)
 };
