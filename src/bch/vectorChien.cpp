@@ -2,6 +2,7 @@
 #include "bch/vectorChien.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "bch/fieldTables.h"
 
@@ -169,7 +170,7 @@ bool VectorChien::find(const uint16_t* lambda, int d, int n, int* positions) {
   }
   // Up to three zero terms round the count to whole groups.
   const int terms = (d + 3) / 4 * 4;
-  std::fill(planes.begin() + 128 * static_cast<ptrdiff_t>(d), planes.begin() + 128 * static_cast<ptrdiff_t>(terms), 0);
+  std::fill(planes.begin() + 128 * static_cast<std::ptrdiff_t>(d), planes.begin() + 128 * static_cast<std::ptrdiff_t>(terms), 0);
   return searchPlanes(planes.data(), stepBlocks.data(), terms, d, lambda[0], n, positions) == d;
 #else
   (void)n;
