@@ -23,10 +23,10 @@ std::string exact(double value) {
 // SIGNAL after its ROUNDS-th round, so that tests can stop or kill a run at
 // a known place.
 void raiseForTest(const Distribution& ranks, std::int64_t rounds) {
-  static const char* const spec = std::getenv("FLASHBCH_TEST_RAISE");
+  static const char* const request = std::getenv("FLASHBCH_TEST_RAISE");
   int rank = -1, signal = 0;
   long long after = 0;
-  if (spec && std::sscanf(spec, "%d:%lld:%d", &rank, &after, &signal) == 3 && rank == ranks.rank() &&
+  if (request && std::sscanf(request, "%d:%lld:%d", &rank, &after, &signal) == 3 && rank == ranks.rank() &&
       rounds == after)
     std::raise(signal);
 }
