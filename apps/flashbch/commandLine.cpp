@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commands.h"
+#include "nandCommand.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -109,6 +110,28 @@ void addUber(CLI::App& app, UberOptions& o) {
   sub->add_option("--plot", o.plot, "draw UBER against the raw bit error rate (FILE.png or FILE.svg, needs gnuplot)");
 }
 
+// flashbch nand: cell-model page error rates and read references.
+void addNand(CLI::App& app, NandOptions& o) {
+  auto* sub = app.add_subcommand(
+      "nand",
+      "Exact page raw bit error rates of a NAND cell model (SLC, MLC, TLC) after --pe program/erase cycles "
+      "and --retention time, read with the model's default references and with the references that "
+      "minimise each page's RBER, and the t each page needs for --target-uber in --layout. Cell states are "
+      "Gray mapped; see the README for the map and the model file format. Sweeps as in simulate.");
+  sub->add_option("--cell", o.cell, "cell type with a built-in model: slc, mlc or tlc")->capture_default_str();
+  sub->add_option("--model", o.model, "JSON model file (models/*.json shows the form); wins over --cell");
+  sub->add_option("--page", o.page, "lower, middle, upper or all")->capture_default_str();
+  sub->add_option("--pe", o.pe, "sweep of program/erase cycles (whole numbers)")->capture_default_str();
+  sub->add_option("--retention", o.retention,
+                  "sweep of retention times; values in hours or ending in h, d, w or y")
+      ->capture_default_str();
+  sub->add_option("--layout", o.layout, kLayoutHelp)->capture_default_str();
+  sub->add_option("--target-uber", o.targetUber, "UBER the t columns must meet")->capture_default_str();
+  sub->add_option("--csv", o.csv, "also write the table as CSV to this file");
+  sub->add_option("--json", o.json, "also write the settings and one object per row as JSON to this file");
+  sub->add_option("--plot", o.plot, "draw RBER against P/E cycles (FILE.png or FILE.svg, needs gnuplot)");
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -123,6 +146,8 @@ int runCommandLine(int argc, char** argv) {
   addDecode(app, decode);
   addInfo(app, info);
   addUber(app, uber);
+  NandOptions nand;
+  addNand(app, nand);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -137,6 +162,7 @@ int runCommandLine(int argc, char** argv) {
     if (command == "encode") return runEncode(encode);
     if (command == "decode") return runDecode(decode);
     if (command == "info") return runInfo(info);
+    if (command == "nand") return runNand(nand);
     return runUber(uber);
   } catch (const UsageError& e) {
     std::cout.flush();
