@@ -59,8 +59,9 @@ CellParameters parseCellModel(const std::string& text, const std::string& origin
   json root;
   try {
     root = json::parse(text);
-  } catch (const json::parse_error& e) {
-    throw UsageError(origin + ": not valid JSON (" + e.what() + ")");
+  } catch (const json::exception& e) {
+    // Numbers beyond a double (1e999) end up here too: JSON has no infinities.
+    throw UsageError(origin + ": not valid JSON or a number out of range (" + e.what() + ")");
   }
   const FieldReader in(origin);
   if (!root.is_object()) throw UsageError(origin + ": the model must be a JSON object");

@@ -61,19 +61,26 @@ double PageReadModel::rber(const std::vector<double>& refs) const {
 
 double PageReadModel::minimiseReference(std::vector<double>& refs, size_t m, double tolerance) const {
   const int j = boundaries[m];
-  double lo = states[j].mean, hi = states[j + 1].mean;
+  const double lo = states[j].mean, hi = states[j + 1].mean;
+  // Every evaluation is a candidate: the result is never worse than the
+  // starting point, the model's default reference or any scanned point.
+  double bestX = refs[m], bestValue = rber(refs);
   auto at = [&](double x) {
     refs[m] = x;
-    return rber(refs);
+    const double v = rber(refs);
+    if (v < bestValue) bestValue = v, bestX = x;
+    return v;
   };
+  const double preset = cell.parameters().defaultReferences[j];
+  if (preset > lo && preset < hi) at(preset);
   // Bracket: the best of 64 interior points and its two neighbours.
   constexpr int kScan = 64;
   const double step = (hi - lo) / (kScan + 1);
   int best = 1;
-  double bestValue = std::numeric_limits<double>::infinity();
+  double scanValue = std::numeric_limits<double>::infinity();
   for (int i = 1; i <= kScan; ++i) {
     const double v = at(lo + i * step);
-    if (v < bestValue) bestValue = v, best = i;
+    if (v < scanValue) scanValue = v, best = i;
   }
   double a = lo + (best - 1) * step, b = lo + (best + 1) * step;
   const double ratio = (std::sqrt(5.0) - 1.0) / 2.0;
@@ -88,11 +95,9 @@ double PageReadModel::minimiseReference(std::vector<double>& refs, size_t m, dou
       x2 = a + ratio * (b - a), f2 = at(x2);
     }
   }
-  // The best point seen: the bracket's midpoint unless the scan point was
-  // lower (a flat floor of rounding).
-  const double mid = 0.5 * (a + b), fm = at(mid);
-  refs[m] = fm <= bestValue ? mid : lo + best * step;
-  return refs[m];
+  at(0.5 * (a + b));
+  refs[m] = bestX;
+  return bestX;
 }
 
 std::vector<double> PageReadModel::optimalReferences(double tolerance) const {

@@ -16,6 +16,8 @@
 // golden-section search to the tolerance - and the sweep is repeated until
 // no reference moves by more than the tolerance. Each reference only moves
 // mass between its two neighbouring regions, so the sweeps settle quickly.
+// The best point evaluated is kept, so the result is never worse than the
+// model's default references.
 #pragma once
 
 #include <vector>
