@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -25,35 +26,54 @@ ChaseDecoder::ChaseDecoder(BchEngine& engine_, int b_, Options options_)
       roots(static_cast<size_t>(t) + 1),
       scratchMessage(packedbits::bytesFor(k)),
       scratchParity(packedbits::bytesFor(engine_.parityLength())) {
-  smallest.reserve(2 * static_cast<size_t>(t) + 1);
+  smallest.reserve(static_cast<size_t>(n));
+  histogram.assign(size_t{4} << 11, 0u);
   errors.reserve(static_cast<size_t>(t));
   changed.reserve(static_cast<size_t>(t) + kMaxPositions);
   bestChanged.reserve(static_cast<size_t>(t) + kMaxPositions);
 }
 
 void ChaseDecoder::rankLeastReliable(const float* reliability) {
-  const size_t keep = std::min<size_t>(static_cast<size_t>(n), 2 * static_cast<size_t>(t) + 1);
-  smallest.clear();
-  float low = std::numeric_limits<float>::infinity(), high = 0.0f;
-  for (int i = 0; i < n; ++i) {
-    const float r = reliability[i];
-    if (!(r >= 0.0f))
-      throw std::invalid_argument("Chase decoding: reliability of bit " + std::to_string(i) +
-                                  " is negative or not a number");
-    low = std::min(low, r);
-    high = std::max(high, r);
-    // Bits come in index order, so a tie with the heap's top never ranks lower.
-    if (smallest.size() < keep) {
-      smallest.push_back({r, i});
-      std::push_heap(smallest.begin(), smallest.end());
-    } else if (r < smallest.front().reliability) {
-      std::pop_heap(smallest.begin(), smallest.end());
-      smallest.back() = {r, i};
-      std::push_heap(smallest.begin(), smallest.end());
-    }
+  // The bit pattern of a non-negative float, read as an unsigned integer,
+  // grows with its value, so its top 11 bits (sign, exponent and two
+  // mantissa bits) bin the reliabilities in order. One pass counts the bins
+  // (into four interleaved histograms, so that runs of equal bins do not
+  // wait on each other's increments)
+  // (and catches negative values and NaNs, whose patterns lie above that of
+  // +infinity once -0 is read as 0); a second collects the bits up to the
+  // bin that reaches `keep` of them, which are then sorted.
+  const int count = n, keep = std::min(n, 2 * t + 1);
+  uint32_t* const counts = histogram.data();
+  constexpr int kShift = 21, kBins = 1 << (32 - kShift);
+  constexpr uint32_t kInfinity = 0x7F800000u, kMinusZero = 0x80000000u;
+  auto patternOf = [](float r) {
+    uint32_t bits;
+    std::memcpy(&bits, &r, sizeof bits);
+    return bits == kMinusZero ? 0u : bits;
+  };
+  std::fill(histogram.begin(), histogram.end(), 0u);
+  uint32_t low = ~0u, high = 0;
+  for (int i = 0; i < count; ++i) {
+    const uint32_t bits = patternOf(reliability[i]);
+    low = std::min(low, bits);
+    high = std::max(high, bits);
+    ++counts[(i & 3) * kBins + (bits >> kShift)];
   }
-  std::sort_heap(smallest.begin(), smallest.end());
+  for (int b = 0; b < kBins; ++b)
+    counts[b] += counts[kBins + b] + counts[2 * kBins + b] + counts[3 * kBins + b];
+  if (high > kInfinity)
+    for (int i = 0; i < count; ++i)
+      if (patternOf(reliability[i]) > kInfinity)
+        throw std::invalid_argument("Chase decoding: reliability of bit " + std::to_string(i) +
+                                    " is negative or not a number");
   if (low == high) eta = 0;  // nothing to rank: no position is less reliable than another
+  uint32_t cut = 0;
+  for (int total = 0; (total += static_cast<int>(counts[cut])) < keep;) ++cut;
+  smallest.clear();
+  for (int i = 0; i < count; ++i)
+    if ((patternOf(reliability[i]) >> kShift) <= cut) smallest.push_back({reliability[i], i});
+  std::partial_sort(smallest.begin(), smallest.begin() + keep, smallest.end());
+  smallest.resize(keep);
 }
 
 void ChaseDecoder::flipBit(uint8_t* message, uint8_t* parity, int bit) const {
@@ -116,6 +136,24 @@ bool ChaseDecoder::provablyBest(double score) const {
   return taken == need && score <= bound;
 }
 
+void ChaseDecoder::rememberCandidate() {
+  if (knownCount == kKnownCandidates) return;
+  unsigned mask = 0;
+  for (int i = 0; i < eta; ++i)
+    if (std::binary_search(changed.begin(), changed.end(), smallest[i].bit)) mask |= 1u << i;
+  for (int c = 0; c < knownCount; ++c)
+    if (known[c].mask == mask && known[c].size == static_cast<int>(changed.size())) return;
+  known[knownCount++] = {mask, static_cast<int>(changed.size())};
+}
+
+bool ChaseDecoder::nearKnownCandidate(unsigned pattern) const {
+  // d(y + F, c) = |F xor D| = |F| + |D| - 2 |F and D|, F within the selected bits.
+  const int flipped = __builtin_popcount(pattern);
+  for (int c = 0; c < knownCount; ++c)
+    if (flipped + known[c].size - 2 * __builtin_popcount(pattern & known[c].mask) <= t) return true;
+  return false;
+}
+
 ChaseDecoder::Outcome ChaseDecoder::decode(uint8_t* message, uint8_t* parity, const float* reliability, int eta_) {
   if (eta_ < 0 || eta_ > kMaxPositions)
     throw std::invalid_argument("Chase decoding: the number of flipped positions must be 0 .. " +
@@ -143,6 +181,7 @@ ChaseDecoder::Outcome ChaseDecoder::decode(uint8_t* message, uint8_t* parity, co
 
   double best = std::numeric_limits<double>::infinity();
   bool found = false;
+  knownCount = 0;
   bestChanged.clear();
   unsigned pattern = 0;
   const unsigned patterns = 1u << eta;
@@ -159,11 +198,9 @@ ChaseDecoder::Outcome ChaseDecoder::decode(uint8_t* message, uint8_t* parity, co
         flipBit(scratchMessage.data(), scratchParity.data(), smallest[i].bit);
       }
     }
+    if (options.stopWhenOptimal && nearKnownCandidate(pattern)) continue;
     if (!decodeTestWord(scratchMessage.data(), scratchParity.data())) continue;
     const double score = scoreOf(reliability, pattern);
-    if (found && !(score < best)) continue;
-    found = true;
-    best = score;
     changed = errors;
     for (int i = 0; i < eta; ++i)
       if (pattern >> i & 1u) {
@@ -174,6 +211,10 @@ ChaseDecoder::Outcome ChaseDecoder::decode(uint8_t* message, uint8_t* parity, co
           changed.erase(at);
       }
     std::sort(changed.begin(), changed.end());
+    rememberCandidate();
+    if (found && !(score < best)) continue;
+    found = true;
+    best = score;
     bestChanged = changed;
     if (options.stopWhenOptimal && provablyBest(score)) break;
   }

@@ -23,9 +23,14 @@
 //   c differs from y, so its score is at least the sum of the d - |D|
 //   smallest reliabilities outside D. When c's score is no higher, no test
 //   word can beat it and the search stops with the answer the full search
-//   would give.
-// The reliabilities needed (the 2t + 1 smallest) are gathered in one pass
-// with a bounded max-heap.
+//   would give;
+// - a test word within distance t of a codeword c already found decodes to
+//   c again (bounded-distance decoding is unique), which cannot improve the
+//   score: such patterns are skipped from the distance |F xor D| alone.
+//   With e errors corrected in y itself, every pattern of at most t - e
+//   flips is skipped, so words well inside the radius cost one decode.
+// The reliabilities needed (the 2t + 1 smallest) are gathered through a
+// histogram of their float bit patterns, which bounds the candidates to sort.
 #pragma once
 
 #include <cstdint>
@@ -74,13 +79,25 @@ class ChaseDecoder {
   double scoreOf(const float* reliability, unsigned pattern) const;
   bool provablyBest(double score) const;
   void flipBit(uint8_t* message, uint8_t* parity, int bit) const;
+  void rememberCandidate();
+  bool nearKnownCandidate(unsigned pattern) const;
 
   BchEngine& engine;
   int n, k, t, b;
   Options options;
   int eta = 0;
   int locatorCount = 0;
+  // Codewords found so far: D (where they differ from y) as its size and its
+  // part among the selected positions.
+  static constexpr int kKnownCandidates = 16;
+  struct Known {
+    unsigned mask;
+    int size;
+  };
+  Known known[kKnownCandidates];
+  int knownCount = 0;
   std::vector<Ranked> smallest;    // the 2t+1 least reliable bits, ascending
+  std::vector<uint32_t> histogram;
   std::vector<uint16_t> flipTerms;  // per selected position i: alpha^((b+j) p_i), j = 0..2t-1
   std::vector<uint16_t> base, current;
   std::vector<int> exponents, lambda, roots, errors, changed, bestChanged;
