@@ -6,12 +6,14 @@
 
 #include <cmath>
 #include <functional>
+#include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "nand/cellModel.h"
+#include "nand/pageBitChannel.h"
 #include "nand/pageReadModel.h"
 #include "nand/softPageRead.h"
 
@@ -179,6 +181,31 @@ TEST(NandSoftRead, LlrsPointToTheSideAndGrowAwayFromEachReference) {
       const double clamped = std::max(-8.0, std::min(7.5, soft.llr(bin)));
       EXPECT_LE(std::fabs(soft.quantizedLlr(bin) - clamped), 0.25) << "bin " << bin;
       EXPECT_EQ(std::fmod(soft.quantizedLlr(bin), 0.5), 0.0);
+    }
+  }
+}
+
+// Decisions from soft reads are per-bin MAP decisions, so they are never
+// wrong more often than the hard read; drawn reliabilities follow the class
+// probabilities (200000 draws, 5 standard deviations per class).
+TEST(NandBitChannel, SoftDecisionsBeatTheHardReadAndDrawsFollowTheClasses) {
+  const CellModel model(cellParameters(3));
+  std::mt19937_64 rng(8);
+  for (int p = 0; p < model.pages(); ++p) {
+    const PageReadModel read(model, p, 4000, 8760);
+    const std::vector<double> refs = read.pageReferencesOf(model.parameters().defaultReferences);
+    const PageBitChannel hard(SoftPageRead(read, refs, 0, 0.0), false);
+    const PageBitChannel soft(SoftPageRead(read, refs, 3, 0.04), true);
+    EXPECT_DOUBLE_EQ(hard.errorRate(), read.rber(refs));
+    EXPECT_LT(soft.errorRate(), hard.errorRate()) << "default references are off after retention";
+    for (const auto* classes : {&soft.wrongClasses(), &soft.rightClasses()}) {
+      const bool wrong = classes == &soft.wrongClasses();
+      std::map<float, double> expected, seen;
+      for (const auto& c : *classes) expected[c.reliability] += c.probability;
+      constexpr int kDraws = 200000;
+      for (int i = 0; i < kDraws; ++i) seen[wrong ? soft.reliabilityOfWrong(rng()) : soft.reliabilityOfRight(rng())] += 1.0 / kDraws;
+      for (const auto& [value, q] : expected)
+        EXPECT_NEAR(seen[value], q, 5 * std::sqrt(q / kDraws) + 1e-9) << "reliability " << value;
     }
   }
 }
