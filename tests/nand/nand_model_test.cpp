@@ -203,7 +203,8 @@ TEST(NandBitChannel, SoftDecisionsBeatTheHardReadAndDrawsFollowTheClasses) {
       std::map<float, double> expected, seen;
       for (const auto& c : *classes) expected[c.reliability] += c.probability;
       constexpr int kDraws = 200000;
-      for (int i = 0; i < kDraws; ++i) seen[wrong ? soft.reliabilityOfWrong(rng()) : soft.reliabilityOfRight(rng())] += 1.0 / kDraws;
+      for (int i = 0; i < kDraws; ++i)
+        seen[wrong ? soft.reliabilityOfWrong(rng()) : soft.reliabilityOfRight(rng())] += 1.0 / kDraws;
       for (const auto& [value, q] : expected)
         EXPECT_NEAR(seen[value], q, 5 * std::sqrt(q / kDraws) + 1e-9) << "reliability " << value;
     }
