@@ -52,6 +52,9 @@ class CodewordDecoder {
   // Sends the current codeword with the bits at `errors` (ascending, in
   // 0 .. codeBits()-1) flipped and decodes it. The codeword is unchanged after.
   virtual TrialOutcome decode(const std::vector<int>& errors) = 0;
+  // Soft decoders: the reliabilities (codeBits() of them) for the next
+  // decode() only; the array must live until then. Others ignore them.
+  virtual void setReliabilities(const float* reliability) { (void)reliability; }
 };
 
 // Bounded-distance hard decoding on the packed codec: O(errors) work besides

@@ -21,6 +21,29 @@ void addLayout(CLI::App& app, std::string& layout, int& t) {
   app.add_option("--t", t, "bit errors each codeword corrects, 1 .. 128")->capture_default_str();
 }
 
+// simulate's NAND and beta-binomial channels and its soft decoder.
+void addSimulateNandOptions(CLI::App& sub, SimulateOptions& o) {
+  sub.add_option("--cell", o.cell, "--channel nand: slc, mlc or tlc (built-in model)")->capture_default_str();
+  sub.add_option("--model", o.model, "--channel nand: JSON cell model file; wins over --cell");
+  sub.add_option("--page", o.page, "--channel nand: lower, middle or upper")->capture_default_str();
+  sub.add_option("--pe", o.pe, "--channel nand: sweep of P/E cycles [default: 1000:1000:5000]");
+  sub.add_option("--retention", o.retention,
+                 "--channel nand: retention time, hours or with unit h, d, w, y; may be swept when --pe is one "
+                 "value [default: 0]");
+  sub.add_option("--refs", o.refs, "--channel nand: default, optimal, or every reference of the cell V1,V2,...")
+      ->capture_default_str();
+  sub.add_option("--soft-reads", o.softReads,
+                 "--channel nand: extra reads at +-step, +-2 step, ... around each reference, 0 .. 7")
+      ->capture_default_str();
+  sub.add_option("--soft-step", o.softStep, "--channel nand: soft-read step in volts")->capture_default_str();
+  sub.add_option("--dispersion", o.dispersion,
+                 "--channel bbm: intra-codeword correlation rho of the beta-binomial error count, 0 <= rho < 1");
+  sub.add_option("--decoder", o.decoder, "hard, or chase (Chase-II on the channel's reliabilities)")
+      ->capture_default_str();
+  sub.add_option("--chase-positions", o.chasePositions, "--decoder chase: least reliable bits flipped, 0 .. 10")
+      ->capture_default_str();
+}
+
 void addSimulate(CLI::App& app, SimulateOptions& o) {
   auto* sub = app.add_subcommand(
       "simulate",
@@ -40,8 +63,9 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
       "SIGTERM the finished points are written and the exit status is 130 or 143.");
   addLayout(*sub, o.layout, o.t);
   sub->add_option("--channel", o.channel,
-                  "awgn (the library's test channel, hard decision), bsc, or awgn-bits (awgn drawn one "
-                  "Gaussian per bit: the slow reference)")
+                  "awgn (the library's test channel, hard decision), bsc, awgn-bits (awgn drawn one "
+                  "Gaussian per bit: the slow reference), nand (a page of a cell model) or bbm (beta-binomial "
+                  "error counts)")
       ->capture_default_str();
   sub->add_option("--snr", o.snr,
                   std::string("AWGN sweep in dB: bits sent as +-1 in noise of standard deviation "
@@ -68,6 +92,7 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
   sub->add_option("--plot", o.plot,
                   "draw the rates against the channel parameter (FILE.png or FILE.svg, needs gnuplot)");
   sub->add_flag("--quiet", o.quiet, "no progress line on standard error");
+  addSimulateNandOptions(*sub, o);
 }
 
 void addPage(CLI::App& sub, PageOptions& o, bool decoding) {

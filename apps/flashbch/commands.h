@@ -25,6 +25,13 @@ struct SimulateOptions {
   int threads = 0;  // 0: every core
   std::string csv, json, plot;
   bool quiet = false;
+  // --channel nand and bbm, --decoder chase (nandSimulation.h).
+  std::string cell = "tlc", model, page = "upper", pe, retention, refs = "default";
+  int softReads = 0;
+  double softStep = 0.05;
+  std::string dispersion;
+  std::string decoder = "hard";
+  int chasePositions = 6;
 };
 
 struct PageOptions {

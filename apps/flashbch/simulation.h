@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "blockChannel.h"
@@ -64,6 +65,7 @@ struct SimulationSettings {
   const std::atomic<bool>* cancel = nullptr;  // stop after the current round when set
   DecoderFactory makeDecoder;                 // empty: PackedHardDecoder
   ChannelFactory makeChannel;                 // empty: makeChannel(channel, parameter)
+  std::string parameterName;                  // the sweep's column; empty: channelParameterName(channel)
 };
 
 std::unique_ptr<Channel> channelAt(const SimulationSettings& settings, double parameter);

@@ -1,0 +1,37 @@
+// Chase-II soft decoding as a simulation's codeword decoder (--decoder
+// chase --chase-positions eta): the channel's per-bit reliabilities arrive
+// through setReliabilities before each decode. It promises no
+// bounded-distance radius (a lighter codeword may win over the one sent),
+// so the stratified estimator samples every stratum.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "codewordDecoder.h"
+
+namespace flashbch {
+
+class ChaseCodewordDecoder : public CodewordDecoder {
+ public:
+  // Throws std::invalid_argument for eta outside 0 .. 10.
+  ChaseCodewordDecoder(int dataBits, int t, int eta);
+  int dataBits() const override { return codec_.dataBits(); }
+  int codeBits() const override { return codec_.dataBits() + codec_.parityBits(); }
+  int boundedDistanceRadius() const override { return -1; }
+  int maxFlips() const override { return codec_.correctionPower() + eta_; }
+  void setMessage(const std::uint8_t* data) override;
+  void setReliabilities(const float* reliability) override { reliability_ = reliability; }
+  TrialOutcome decode(const std::vector<int>& errors) override;
+
+ private:
+  void flip(int bit);
+  quil::PackedBCH codec_;
+  int eta_;
+  const float* reliability_ = nullptr;
+  std::vector<float> flat_;
+  std::vector<std::uint8_t> data_, parity_;
+  std::vector<int> corrected_, residual_;
+};
+
+}  // namespace flashbch
