@@ -2,9 +2,11 @@
 // chase --chase-positions eta): the channel's per-bit reliabilities arrive
 // through setReliabilities before each decode. It promises no
 // bounded-distance radius (a lighter codeword may win over the one sent),
-// so the stratified estimator samples every stratum.
+// only that t - eta errors are always corrected, so the stratified
+// estimator samples every heavier stratum.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -19,6 +21,9 @@ class ChaseCodewordDecoder : public CodewordDecoder {
   int dataBits() const override { return codec_.dataBits(); }
   int codeBits() const override { return codec_.dataBits() + codec_.parityBits(); }
   int boundedDistanceRadius() const override { return -1; }
+  // With w <= t - eta errors every test word lies within t of the codeword
+  // sent, decodes to it, and so does the search.
+  int correctsUpTo() const override { return std::max(-1, codec_.correctionPower() - eta_); }
   int maxFlips() const override { return codec_.correctionPower() + eta_; }
   void setMessage(const std::uint8_t* data) override;
   void setReliabilities(const float* reliability) override { reliability_ = reliability; }

@@ -43,6 +43,10 @@ class CodewordDecoder {
   // Bits of the codeword the channel acts on: data then parity.
   virtual int codeBits() const = 0;
   virtual int boundedDistanceRadius() const = 0;
+  // Every pattern of at most this many errors is corrected (-1: no promise),
+  // without the radius' promise about heavier ones: the stratified estimator
+  // need not sample those strata.
+  virtual int correctsUpTo() const { return boundedDistanceRadius(); }
   // The most bits one decoding flips: a pattern of w errors leaves at most
   // w + maxFlips() wrong data bits.
   virtual int maxFlips() const = 0;

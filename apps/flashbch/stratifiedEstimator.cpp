@@ -71,12 +71,13 @@ StratifiedEstimator::StratifiedEstimator(SimulationSettings settings) : settings
     for (const auto& [k, count] : counts) {
       CodewordDecoder& decoder = workers_[0]->decoderFor(k);
       const int n = decoder.codeBits(), r = decoder.boundedDistanceRadius();
+      const int corrected = std::max(r, decoder.correctsUpTo());  // strata up to here never fail
       LengthAtPoint at{k, count, r, decoder.maxFlips(), {}, -INFINITY};
       std::vector<double> logWeight(static_cast<size_t>(n) + 1);
-      double logMass = -INFINITY;  // ln P(W > r)
-      for (int w = r + 1; w <= n; ++w) logMass = logAdd(logMass, logWeight[w] = channel->logWeight(n, w));
+      double logMass = -INFINITY;  // ln P(W > corrected)
+      for (int w = corrected + 1; w <= n; ++w) logMass = logAdd(logMass, logWeight[w] = channel->logWeight(n, w));
       const double threshold = logMass + std::log(kStratumTolerance);
-      for (int w = r + 1; w <= n && logMass > -INFINITY; ++w) {
+      for (int w = corrected + 1; w <= n && logMass > -INFINITY; ++w) {
         if (!(logWeight[w] >= threshold)) {
           at.logOmitted = logAdd(at.logOmitted, logWeight[w]);
           continue;

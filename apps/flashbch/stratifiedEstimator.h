@@ -12,7 +12,8 @@
 // of a sweep.
 //
 // Strata: for a decoder with bounded-distance radius r (-1 if none), the
-// strata w <= r are exact zeros and are not sampled; the failure of w > r
+// strata w <= r are exact zeros and are not sampled (as are those up to
+// the decoder's correctsUpTo()); the failure of w > r
 // is certain (q = 1), only its split into uncorrectable and miscorrected is
 // sampled. At each point, the strata w > r with P(W = w) >= kStratumTolerance
 // * P(W > r) are used; the others' total mass is known, and is added to the

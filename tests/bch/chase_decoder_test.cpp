@@ -178,6 +178,35 @@ TEST(ChaseDecoder, KeepsSearchingUntilTheBestCandidateIsProven) {
   }
 }
 
+// Up to t - eta errors every test word lies within t of the codeword sent,
+// so the search returns it however the reliabilities mislead (here the
+// errors are the most reliable bits); simulations skip those error counts.
+TEST(ChaseDecoder, AlwaysCorrectsUpToTMinusEtaErrors) {
+  std::mt19937 rng(23);
+  for (const auto& [t, eta] : {std::pair{5, 3}, std::pair{40, 6}, std::pair{12, 10}}) {
+    quil::PackedBCH codec(3000, t);
+    const int k = codec.dataBits(), n = k + codec.parityBits();
+    for (int trial = 0; trial < 5; ++trial) {
+      Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()), std::vector<float>(n), {}};
+      for (auto& b : w.data) b = static_cast<uint8_t>(rng());
+      codec.encode(w.data.data(), w.parity.data());
+      const Word sent = w;
+      std::uniform_real_distribution<float> low(0.01f, 1.0f);
+      for (float& r : w.reliability) r = low(rng);
+      std::vector<int> bits(n);
+      for (int i = 0; i < n; ++i) bits[i] = i;
+      std::shuffle(bits.begin(), bits.end(), rng);
+      for (int e = 0; e < t - eta; ++e) {
+        flip(w, k, bits[e]);
+        w.reliability[bits[e]] = 50.0f;
+      }
+      codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), eta);
+      EXPECT_EQ(w.data, sent.data) << "t=" << t << " eta=" << eta;
+      EXPECT_EQ(w.parity, sent.parity) << "t=" << t << " eta=" << eta;
+    }
+  }
+}
+
 TEST(ChaseDecoder, WithoutSoftInformationItIsTheHardDecoder) {
   std::mt19937 rng(11);
   quil::PackedBCH codec(1000, 5);
