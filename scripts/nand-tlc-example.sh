@@ -30,7 +30,7 @@ set logscale y
 set format y '10^{%L}'
 set yrange [1e-20:2]
 set grid
-set key top left box opaque
+set key bottom right box opaque
 plot 'hard-default.csv' using 'pe':'fer' with linespoints title 'hard read, default references', \
      'hard-optimal.csv' using 'pe':'fer' with linespoints title 'hard read, optimal references', \
      'chase1.csv' using 'pe':'fer':'fer_low':'fer_high' with yerrorlines title 'Chase (6), 1 soft read, optimal references', \
