@@ -65,6 +65,25 @@ class QUIL_PACKED_EXPORT PackedBCH {
   // bit j (room for t entries is enough).
   DecodeResult decode(uint8_t* data, uint8_t* parity, int* errorPositions = nullptr);
 
+  // Soft-decision decoding (Chase-II). data and parity hold the hard
+  // decisions; reliability[i] >= 0 is |LLR| of codeword bit i (data bits,
+  // then the 15t parity bits). Every subset of the `positions` least
+  // reliable bits (0 .. kMaxChasePositions) is flipped and hard-decoded;
+  // the decoded word that changes the least total reliability is kept, and
+  // Uncorrectable means no test word decoded. With positions = 0, or with
+  // all reliabilities equal, the result is exactly decode()'s. Corrections
+  // and errorPositions as decode(), at most t + positions of them. Throws
+  // std::invalid_argument for positions out of range or a reliability that
+  // is negative or not a number.
+  static constexpr int kMaxChasePositions = 10;
+  DecodeResult decodeSoft(uint8_t* data, uint8_t* parity, const float* reliability, int positions,
+                          int* errorPositions = nullptr);
+  // The same from LLRs ln(P(bit = 0) / P(bit = 1)), one per codeword bit:
+  // the hard decisions (bit 1 where the LLR is negative) are written to data
+  // and parity, then corrected as by decodeSoft.
+  DecodeResult decodeLlr(const float* llr, uint8_t* data, uint8_t* parity, int positions,
+                         int* errorPositions = nullptr);
+
  private:
   struct State;
   std::unique_ptr<State> state;

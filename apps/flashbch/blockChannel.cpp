@@ -97,9 +97,23 @@ std::unique_ptr<Channel> makeChannel(ChannelKind kind, double parameter) {
 }
 
 const char* channelName(ChannelKind kind) {
-  return kind == ChannelKind::Bsc ? "bsc" : kind == ChannelKind::Awgn ? "awgn" : "awgn-bits";
+  switch (kind) {
+    case ChannelKind::Bsc:
+      return "bsc";
+    case ChannelKind::Awgn:
+      return "awgn";
+    case ChannelKind::Nand:
+      return "nand";
+    case ChannelKind::BetaBinomial:
+      return "bbm";
+    default:
+      return "awgn-bits";
+  }
 }
 
-const char* channelParameterName(ChannelKind kind) { return kind == ChannelKind::Bsc ? "rber" : "snr_db"; }
+const char* channelParameterName(ChannelKind kind) {
+  if (kind == ChannelKind::Nand) return "pe";
+  return kind == ChannelKind::Bsc || kind == ChannelKind::BetaBinomial ? "rber" : "snr_db";
+}
 
 }  // namespace flashbch

@@ -36,7 +36,7 @@
 
 namespace flashbch {
 
-enum class ChannelKind { Awgn, AwgnBits, Bsc };
+enum class ChannelKind { Awgn, AwgnBits, Bsc, Nand, BetaBinomial };
 
 class Channel {
  public:
@@ -53,6 +53,16 @@ class Channel {
   virtual double logWeight(int n, int w) const;
   // A pattern of exactly w errors, as the channel draws them given W = w.
   virtual void sampleErrorsOfWeight(int n, int w, RandomStream& rng, std::vector<int>& positions) const;
+
+  // Soft output: one reliability (|LLR|) per bit for a soft decoder, drawn
+  // given the error positions. The reliabilities' law may depend on the
+  // channel parameter even given the errors, so soft channels get strata of
+  // their own per sweep point.
+  virtual bool softOutput() const { return false; }
+  virtual void sampleReliabilities(int n, const std::vector<int>& errors, RandomStream& rng,
+                                   std::vector<float>& reliability) const {
+    (void)n, (void)errors, (void)rng, (void)reliability;
+  }
 };
 
 // Throws std::invalid_argument for a parameter outside the channel's range

@@ -31,6 +31,10 @@ PointTally BlockWorker::simulate(const Channel& channel, std::uint64_t key) {
     decoder.setMessage(message_.data());
     const int n = decoder.codeBits();
     channel.sampleErrors(n, rng_, positions_);
+    if (channel.softOutput()) {
+      channel.sampleReliabilities(n, positions_, rng_, reliability_);
+      decoder.setReliabilities(reliability_.data());
+    }
     const TrialOutcome outcome = decoder.decode(positions_);
     ++tally.codewords;
     tally.bitsSent += n;

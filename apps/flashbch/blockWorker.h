@@ -22,6 +22,7 @@ class BlockWorker {
   CodewordDecoder& decoderFor(int dataBits);
   RandomStream& stream() { return rng_; }
   std::vector<int>& positions() { return positions_; }
+  std::vector<float>& reliabilities() { return reliability_; }
 
  private:
   BlockLayout layout_;
@@ -30,6 +31,7 @@ class BlockWorker {
   RandomStream rng_;
   std::vector<std::uint8_t> message_;
   std::vector<int> positions_;
+  std::vector<float> reliability_;
 };
 
 }  // namespace flashbch

@@ -43,6 +43,10 @@ class CodewordDecoder {
   // Bits of the codeword the channel acts on: data then parity.
   virtual int codeBits() const = 0;
   virtual int boundedDistanceRadius() const = 0;
+  // Every pattern of at most this many errors is corrected (-1: no promise),
+  // without the radius' promise about heavier ones: the stratified estimator
+  // need not sample those strata.
+  virtual int correctsUpTo() const { return boundedDistanceRadius(); }
   // The most bits one decoding flips: a pattern of w errors leaves at most
   // w + maxFlips() wrong data bits.
   virtual int maxFlips() const = 0;
@@ -52,6 +56,9 @@ class CodewordDecoder {
   // Sends the current codeword with the bits at `errors` (ascending, in
   // 0 .. codeBits()-1) flipped and decodes it. The codeword is unchanged after.
   virtual TrialOutcome decode(const std::vector<int>& errors) = 0;
+  // Soft decoders: the reliabilities (codeBits() of them) for the next
+  // decode() only; the array must live until then. Others ignore them.
+  virtual void setReliabilities(const float* reliability) { (void)reliability; }
 };
 
 // Bounded-distance hard decoding on the packed codec: O(errors) work besides

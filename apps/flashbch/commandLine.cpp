@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "distribution.h"
+#include "nandCommand.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -19,6 +20,29 @@ const char* const kLayoutHelp =
 void addLayout(CLI::App& app, std::string& layout, int& t) {
   app.add_option("--layout", layout, kLayoutHelp)->capture_default_str();
   app.add_option("--t", t, "bit errors each codeword corrects, 1 .. 128")->capture_default_str();
+}
+
+// simulate's NAND and beta-binomial channels and its soft decoder.
+void addSimulateNandOptions(CLI::App& sub, SimulateOptions& o) {
+  sub.add_option("--cell", o.cell, "--channel nand: slc, mlc or tlc (built-in model)")->capture_default_str();
+  sub.add_option("--model", o.model, "--channel nand: JSON cell model file; wins over --cell");
+  sub.add_option("--page", o.page, "--channel nand: lower, middle or upper")->capture_default_str();
+  sub.add_option("--pe", o.pe, "--channel nand: sweep of P/E cycles [default: 1000:1000:5000]");
+  sub.add_option("--retention", o.retention,
+                 "--channel nand: retention time, hours or with unit h, d, w, y; may be swept when --pe is one "
+                 "value [default: 0]");
+  sub.add_option("--refs", o.refs, "--channel nand: default, optimal, or every reference of the cell V1,V2,...")
+      ->capture_default_str();
+  sub.add_option("--soft-reads", o.softReads,
+                 "--channel nand: extra reads at +-step, +-2 step, ... around each reference, 0 .. 7")
+      ->capture_default_str();
+  sub.add_option("--soft-step", o.softStep, "--channel nand: soft-read step in volts")->capture_default_str();
+  sub.add_option("--dispersion", o.dispersion,
+                 "--channel bbm: intra-codeword correlation rho of the beta-binomial error count, 0 <= rho < 1");
+  sub.add_option("--decoder", o.decoder, "hard, or chase (Chase-II on the channel's reliabilities)")
+      ->capture_default_str();
+  sub.add_option("--chase-positions", o.chasePositions, "--decoder chase: least reliable bits flipped, 0 .. 10")
+      ->capture_default_str();
 }
 
 void addSimulate(CLI::App& app, SimulateOptions& o) {
@@ -43,8 +67,9 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
       "one process; rank 0 prints and writes the files.");
   addLayout(*sub, o.layout, o.t);
   sub->add_option("--channel", o.channel,
-                  "awgn (the library's test channel, hard decision), bsc, or awgn-bits (awgn drawn one "
-                  "Gaussian per bit: the slow reference)")
+                  "awgn (the library's test channel, hard decision), bsc, awgn-bits (awgn drawn one "
+                  "Gaussian per bit: the slow reference), nand (a page of a cell model) or bbm (beta-binomial "
+                  "error counts)")
       ->capture_default_str();
   sub->add_option("--snr", o.snr,
                   std::string("AWGN sweep in dB: bits sent as +-1 in noise of standard deviation "
@@ -72,6 +97,7 @@ void addSimulate(CLI::App& app, SimulateOptions& o) {
                   "draw the rates against the channel parameter (FILE.png or FILE.svg, needs gnuplot)");
   sub->add_flag("--quiet", o.quiet, "no progress line on standard error");
   addCheckpointOptions(*sub, o.checkpoint);
+  addSimulateNandOptions(*sub, o);
 }
 
 void addPage(CLI::App& sub, PageOptions& o, bool decoding) {
@@ -130,6 +156,28 @@ void addUber(CLI::App& app, UberOptions& o) {
   sub->add_option("--plot", o.plot, "draw UBER against the raw bit error rate (FILE.png or FILE.svg, needs gnuplot)");
 }
 
+// flashbch nand: cell-model page error rates and read references.
+void addNand(CLI::App& app, NandOptions& o) {
+  auto* sub = app.add_subcommand(
+      "nand",
+      "Exact page raw bit error rates of a NAND cell model (SLC, MLC, TLC) after --pe program/erase cycles "
+      "and --retention time, read with the model's default references and with the references that "
+      "minimise each page's RBER, and the t each page needs for --target-uber in --layout. Cell states are "
+      "Gray mapped; see the README for the map and the model file format. Sweeps as in simulate.");
+  sub->add_option("--cell", o.cell, "cell type with a built-in model: slc, mlc or tlc")->capture_default_str();
+  sub->add_option("--model", o.model, "JSON model file (models/*.json shows the form); wins over --cell");
+  sub->add_option("--page", o.page, "lower, middle, upper or all")->capture_default_str();
+  sub->add_option("--pe", o.pe, "sweep of program/erase cycles (whole numbers)")->capture_default_str();
+  sub->add_option("--retention", o.retention,
+                  "sweep of retention times; values in hours or ending in h, d, w or y")
+      ->capture_default_str();
+  sub->add_option("--layout", o.layout, kLayoutHelp)->capture_default_str();
+  sub->add_option("--target-uber", o.targetUber, "UBER the t columns must meet")->capture_default_str();
+  sub->add_option("--csv", o.csv, "also write the table as CSV to this file");
+  sub->add_option("--json", o.json, "also write the settings and one object per row as JSON to this file");
+  sub->add_option("--plot", o.plot, "draw RBER against P/E cycles (FILE.png or FILE.svg, needs gnuplot)");
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -144,6 +192,8 @@ int runCommandLine(int argc, char** argv) {
   addDecode(app, decode);
   addInfo(app, info);
   addUber(app, uber);
+  NandOptions nand;
+  addNand(app, nand);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -158,6 +208,7 @@ int runCommandLine(int argc, char** argv) {
     if (command == "encode") return runEncode(encode);
     if (command == "decode") return runDecode(decode);
     if (command == "info") return runInfo(info);
+    if (command == "nand") return runNand(nand);
     return runUber(uber);
   } catch (const UsageError& e) {
     std::cout.flush();

@@ -28,6 +28,13 @@ struct SimulateOptions {
   std::string csv, json, plot;
   bool quiet = false;
   CheckpointOptions checkpoint;
+  // --channel nand and bbm, --decoder chase (nandSimulation.h).
+  std::string cell = "tlc", model, page = "upper", pe, retention, refs = "default";
+  int softReads = 0;
+  double softStep = 0.05;
+  std::string dispersion;
+  std::string decoder = "hard";
+  int chasePositions = 6;
 };
 
 struct PageOptions {

@@ -24,6 +24,7 @@
 #include "errorStatistics.h"
 #include "gnuplotRunner.h"
 #include "resultTable.h"
+#include "nandSimulation.h"
 #include "simulation.h"
 #include "simulationCheckpoint.h"
 #include "stratifiedEstimator.h"
@@ -106,9 +107,10 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
         parseSweep("--rber", o.rber.empty() ? kDefaultRberSweep : o.rber, SweepKind::Probability, 0.0, 0.5);
     for (double p : s.parameters)
       if (!(p < 0.5)) throw UsageError("--rber: " + formatNumber(p) + " is not below 0.5");
-  } else {
-    throw UsageError("--channel: '" + o.channel + "' is not a channel; accepted: awgn, bsc, awgn-bits");
+  } else if (!applyNandOrBetaBinomialChannel(o, s)) {
+    throw UsageError("--channel: '" + o.channel + "' is not a channel; accepted: awgn, bsc, awgn-bits, nand, bbm");
   }
+  applyDecoder(o, s);
   if (o.estimator == "stratified") {
     s.estimator = Estimator::Stratified;
     if (s.channel == ChannelKind::AwgnBits)
@@ -206,7 +208,7 @@ void showProgress(const Progress& p, const SimulationSettings& s) {
 }
 
 std::vector<Cell> rowOf(const PointEstimate& e, const SimulationSettings& s) {
-  const auto channel = makeChannel(s.channel, e.parameter);
+  const auto channel = channelAt(s, e.parameter);
   const auto logCells = [](const LogInterval& ci) {
     return std::vector<Cell>{Cell::fromLog10(ci.log10Value), Cell::fromLog10(ci.log10Low),
                              Cell::fromLog10(ci.log10High)};
@@ -218,7 +220,7 @@ std::vector<Cell> rowOf(const PointEstimate& e, const SimulationSettings& s) {
   row.push_back(Cell::integer(e.miscorrected));
   row.push_back(Cell::integer(e.codewords));
   row.push_back(e.blocks >= 0 ? Cell::integer(e.blocks) : Cell::missing());
-  row.push_back(Cell::fromLog10(log10BlockFailureRate(s.layout, channel->rawBitErrorRate())));
+  row.push_back(Cell::fromLog10(log10AnalyticFailureRate(*channel, s.layout)));
   row.push_back(Cell::text(estimatorName(s.estimator)));
   row.push_back(Cell::real(std::round(e.seconds * 100) / 100));
   return row;
@@ -283,7 +285,8 @@ int runSimulate(const SimulateOptions& o) {
   std::ostringstream elsewhere;
   std::ostream& out = ranks->isRoot() ? std::cout : elsewhere;
 
-  const char* parameter = channelParameterName(settings.channel);
+  const std::string parameter =
+      settings.parameterName.empty() ? channelParameterName(settings.channel) : settings.parameterName;
   ResultTable table({parameter, "raw_ber", "fer", "fer_low", "fer_high", "miscorrection_rate", "miscorrection_low",
                      "miscorrection_high", "uber", "uber_low", "uber_high", "uncorrectable", "miscorrected",
                      "codewords", "blocks", "analytic_fer", "estimator", "seconds"});
@@ -363,9 +366,10 @@ int runSimulate(const SimulateOptions& o) {
     plot.output = o.plot;
     plot.title = "BCH t = " + std::to_string(layout.t) + ", " + layout.describe() + " data bits, " +
                  channelName(settings.channel) + " channel, " + estimatorName(settings.estimator);
-    plot.xLabel = settings.channel == ChannelKind::Bsc ? "raw bit error rate" : "SNR (dB)";
+    const bool rates = settings.channel == ChannelKind::Bsc || settings.channel == ChannelKind::BetaBinomial;
+    plot.xLabel = rates ? "raw bit error rate" : settings.channel == ChannelKind::Nand ? parameter : "SNR (dB)";
     plot.yLabel = "rate";
-    plot.logX = settings.channel == ChannelKind::Bsc;
+    plot.logX = rates;
     if (plot.logX) plot.keyPosition = "bottom right";  // the rates rise to the right
     plot.csv = csv.str();
     const std::string x = std::string("'") + parameter + "'";

@@ -35,6 +35,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "blockChannel.h"
@@ -80,6 +81,7 @@ struct SimulationSettings {
   Distribution* ranks = nullptr;              // null: this process alone
   DecoderFactory makeDecoder;                 // empty: PackedHardDecoder
   ChannelFactory makeChannel;                 // empty: makeChannel(channel, parameter)
+  std::string parameterName;                  // the sweep's column; empty: channelParameterName(channel)
 };
 
 std::unique_ptr<Channel> channelAt(const SimulationSettings& settings, double parameter);

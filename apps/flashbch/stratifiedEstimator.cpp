@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 #include <map>
+#include <tuple>
 
 #include "blockWorker.h"
 #include "distribution.h"
@@ -59,9 +60,10 @@ StratifiedEstimator::StratifiedEstimator(SimulationSettings settings) : settings
   for (int i = 0; i < s.threads; ++i) workers_.push_back(std::make_unique<BlockWorker>(s.layout, s.makeDecoder));
   std::map<int, int> counts;
   for (int k : s.layout.dataBits) ++counts[k];
-  std::map<std::pair<int, int>, size_t> index;
-  for (double parameter : s.parameters) {
-    const auto channel = channelAt(s, parameter);
+  std::map<std::tuple<int, int, int>, size_t> index;
+  for (size_t point = 0; point < s.parameters.size(); ++point) {
+    const auto channel = channelAt(s, s.parameters[point]);
+    const int ownPoint = channel->softOutput() ? static_cast<int>(point) : -1;
     if (!channel->independentErrors())
       throw UsageError(
           "--estimator: stratified estimation needs independent, identically distributed errors; the channel does "
@@ -70,18 +72,19 @@ StratifiedEstimator::StratifiedEstimator(SimulationSettings settings) : settings
     for (const auto& [k, count] : counts) {
       CodewordDecoder& decoder = workers_[0]->decoderFor(k);
       const int n = decoder.codeBits(), r = decoder.boundedDistanceRadius();
+      const int corrected = std::max(r, decoder.correctsUpTo());  // strata up to here never fail
       LengthAtPoint at{k, count, r, decoder.maxFlips(), {}, -INFINITY};
       std::vector<double> logWeight(static_cast<size_t>(n) + 1);
-      double logMass = -INFINITY;  // ln P(W > r)
-      for (int w = r + 1; w <= n; ++w) logMass = logAdd(logMass, logWeight[w] = channel->logWeight(n, w));
+      double logMass = -INFINITY;  // ln P(W > corrected)
+      for (int w = corrected + 1; w <= n; ++w) logMass = logAdd(logMass, logWeight[w] = channel->logWeight(n, w));
       const double threshold = logMass + std::log(kStratumTolerance);
-      for (int w = r + 1; w <= n && logMass > -INFINITY; ++w) {
+      for (int w = corrected + 1; w <= n && logMass > -INFINITY; ++w) {
         if (!(logWeight[w] >= threshold)) {
           at.logOmitted = logAdd(at.logOmitted, logWeight[w]);
           continue;
         }
-        auto [it, added] = index.emplace(std::make_pair(k, w), strata_.size());
-        if (added) strata_.push_back({k, n, w, smallBinomial(n, w, s.maxBlocks) >= 0});
+        auto [it, added] = index.emplace(std::make_tuple(k, w, ownPoint), strata_.size());
+        if (added) strata_.push_back({k, n, w, ownPoint < 0 && smallBinomial(n, w, s.maxBlocks) >= 0, ownPoint});
         at.uses.push_back({it->second, logWeight[w]});
       }
       lengths.push_back(std::move(at));
@@ -125,13 +128,21 @@ StratumTally StratifiedEstimator::sample(int worker, size_t i, std::int64_t roun
     } while (nextCombination(positions, st.codeBits));
     return t;
   }
-  // Given W = w the pattern's law does not depend on the channel parameter.
-  const auto channel = channelAt(settings_, settings_.parameters.front());
+  // Given W = w the pattern's law does not depend on the channel parameter;
+  // a soft channel's reliabilities do, and its strata have their point.
+  const bool soft = st.point >= 0;
+  const auto channel = channelAt(settings_, settings_.parameters[soft ? static_cast<size_t>(st.point) : 0]);
   RandomStream& rng = tools.stream();
-  rng.reseed(streamKey({settings_.seed, kStratumStreamTag, static_cast<std::uint64_t>(st.dataBits),
-                        static_cast<std::uint64_t>(st.weight), static_cast<std::uint64_t>(round)}));
+  const std::uint64_t key = streamKey({settings_.seed, kStratumStreamTag, static_cast<std::uint64_t>(st.dataBits),
+                                       static_cast<std::uint64_t>(st.weight), static_cast<std::uint64_t>(round)});
+  rng.reseed(soft ? streamKey({key, static_cast<std::uint64_t>(st.point)}) : key);
+  std::vector<float>& reliability = tools.reliabilities();
   for (std::int64_t j = 0; j < count; ++j) {
     channel->sampleErrorsOfWeight(st.codeBits, st.weight, rng, positions);
+    if (soft) {
+      channel->sampleReliabilities(st.codeBits, positions, rng, reliability);
+      decoder.setReliabilities(reliability.data());
+    }
     record();
   }
   return t;

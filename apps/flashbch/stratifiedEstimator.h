@@ -12,7 +12,8 @@
 // of a sweep.
 //
 // Strata: for a decoder with bounded-distance radius r (-1 if none), the
-// strata w <= r are exact zeros and are not sampled; the failure of w > r
+// strata w <= r are exact zeros and are not sampled (as are those up to
+// the decoder's correctsUpTo()); the failure of w > r
 // is certain (q = 1), only its split into uncorrectable and miscorrected is
 // sampled. At each point, the strata w > r with P(W = w) >= kStratumTolerance
 // * P(W > r) are used; the others' total mass is known, and is added to the
@@ -23,7 +24,10 @@
 // Sampling runs in rounds: each round gives every stratum still open
 // kStratumRoundSamples more patterns, drawn from the stream
 // streamKey({seed, tag, dataBits, w, round}); patterns are decoded on the
-// all-zero codeword (see codewordDecoder.h). A stratum closes at maxFailures
+// all-zero codeword (see codewordDecoder.h). A channel with soft output
+// draws reliabilities given the pattern, with a law that depends on the
+// sweep point: its strata belong to one point each, are never enumerated,
+// and draw from streamKey({seed, tag, dataBits, w, round, point}). A stratum closes at maxFailures
 // failures or maxBlocks samples; the whole run stops when every stratum is
 // closed, when every point's failure rate has a relative half-width of at
 // most targetRelativeHalfWidth, at the time limit (timeLimit per point of
@@ -55,6 +59,7 @@ struct Stratum {
   int codeBits = 0;
   int weight = 0;
   bool exhaustive = false;  // every pattern is decoded once
+  int point = -1;           // a soft channel's sweep point; -1: shared by every point
 };
 
 struct StratumTally {

@@ -1,11 +1,13 @@
 // The packed-bit codec: a GF(2^15) field and the flash adapter's code for
 // one codeword length, used through its packed engine directly.
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <vector>
 
 #include "bch/bch.h"
 #include "bch/bchEngine.h"
+#include "bch/chaseDecoder.h"
 #include "gf/exp2Int15.h"
 #include "gf/gf2m.h"
 #include "quilPackedBCH.h"
@@ -28,6 +30,7 @@ GF2m* makeField() {
 
 struct PackedBCH::State {
   State(int k, int t) : field(makeField()), code(field.get(), 0, t, 1, k), engine(code.packedEngine()) {
+    if (engine != nullptr) chase = std::make_unique<ChaseDecoder>(*engine, 1);
     syndromes.assign(2 * t, 0);
     lambda.assign(2 * t + 1, 0);
     positions.assign(t + 1, 0);
@@ -35,7 +38,9 @@ struct PackedBCH::State {
   std::unique_ptr<GF2m> field;
   BCH code;
   BchEngine* engine;
+  std::unique_ptr<ChaseDecoder> chase;
   std::vector<int> syndromes, lambda, positions;
+  std::vector<float> reliability;
 };
 
 PackedBCH::PackedBCH(int dataBits, int t) {
@@ -73,6 +78,34 @@ DecodeResult PackedBCH::decode(uint8_t* data, uint8_t* parity, int* errorPositio
     if (errorPositions) errorPositions[count - 1 - e] = bit;
   }
   return {DecodeStatus::Corrected, count};
+}
+
+DecodeResult PackedBCH::decodeSoft(uint8_t* data, uint8_t* parity, const float* reliability, int positions,
+                                   int* errorPositions) {
+  ChaseDecoder& chase = *state->chase;
+  const ChaseDecoder::Outcome outcome = chase.decode(data, parity, reliability, positions);
+  if (outcome == ChaseDecoder::Outcome::Failed) return {DecodeStatus::Uncorrectable, 0};
+  if (outcome == ChaseDecoder::Outcome::Clean) return {DecodeStatus::Clean, 0};
+  const std::vector<int>& flips = chase.flips();
+  if (errorPositions) std::copy(flips.begin(), flips.end(), errorPositions);
+  return {DecodeStatus::Corrected, static_cast<int>(flips.size())};
+}
+
+DecodeResult PackedBCH::decodeLlr(const float* llr, uint8_t* data, uint8_t* parity, int positions,
+                                  int* errorPositions) {
+  const int k = dataBits(), n = k + parityBits();
+  std::vector<float>& reliability = state->reliability;
+  reliability.resize(n);
+  std::fill(data, data + dataBytes(), 0);
+  std::fill(parity, parity + parityBytes(), 0);
+  for (int i = 0; i < n; ++i) {
+    reliability[i] = std::fabs(llr[i]);
+    if (llr[i] < 0.0f) {
+      uint8_t* byte = i < k ? &data[i / 8] : &parity[(i - k) / 8];
+      *byte = static_cast<uint8_t>(*byte | (0x80 >> (i < k ? i % 8 : (i - k) % 8)));
+    }
+  }
+  return decodeSoft(data, parity, reliability.data(), positions, errorPositions);
 }
 
 }  // namespace quil

@@ -1,0 +1,42 @@
+// Chase-II soft decoding as a simulation's codeword decoder (--decoder
+// chase --chase-positions eta): the channel's per-bit reliabilities arrive
+// through setReliabilities before each decode. It promises no
+// bounded-distance radius (a lighter codeword may win over the one sent),
+// only that t - eta errors are always corrected, so the stratified
+// estimator samples every heavier stratum.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "codewordDecoder.h"
+
+namespace flashbch {
+
+class ChaseCodewordDecoder : public CodewordDecoder {
+ public:
+  // Throws std::invalid_argument for eta outside 0 .. 10.
+  ChaseCodewordDecoder(int dataBits, int t, int eta);
+  int dataBits() const override { return codec_.dataBits(); }
+  int codeBits() const override { return codec_.dataBits() + codec_.parityBits(); }
+  int boundedDistanceRadius() const override { return -1; }
+  // With w <= t - eta errors every test word lies within t of the codeword
+  // sent, decodes to it, and so does the search.
+  int correctsUpTo() const override { return std::max(-1, codec_.correctionPower() - eta_); }
+  int maxFlips() const override { return codec_.correctionPower() + eta_; }
+  void setMessage(const std::uint8_t* data) override;
+  void setReliabilities(const float* reliability) override { reliability_ = reliability; }
+  TrialOutcome decode(const std::vector<int>& errors) override;
+
+ private:
+  void flip(int bit);
+  quil::PackedBCH codec_;
+  int eta_;
+  const float* reliability_ = nullptr;
+  std::vector<float> flat_;
+  std::vector<std::uint8_t> data_, parity_;
+  std::vector<int> corrected_, residual_;
+};
+
+}  // namespace flashbch

@@ -1,0 +1,105 @@
+// ChaseDecoder: soft-decision decoding of a binary BCH code by the Chase-II
+// algorithm on top of a hard-decision BchEngine.
+//
+// Given the hard decisions y and a reliability |L_i| per codeword bit, the
+// eta least reliable positions are selected; for each of the 2^eta subsets
+// F of them the test word y + F is hard-decoded, and every decoded codeword
+// c is scored by the sum of |L_i| over the bits where c differs from y
+// (F symmetric-difference the decoder's flips E). The lowest score wins
+// (ties keep the first found, so the plain hard decision is preferred); no
+// decodable test word means a decoding failure. [D. Chase, "A class of
+// algorithms for decoding block codes with channel measurement
+// information", IEEE Trans. Inf. Theory 18(1), 1972.]
+//
+// Speed:
+// - syndromes are computed once: flipping the bit of degree p adds
+//   alpha^((b+j) p) to S_j, and the test words are visited in Gray-code
+//   order, so each step is one flip, 2t XORs;
+// - a test word whose syndromes vanish is a codeword: no locator work;
+// - optimality stop [D. J. Taipale and M. B. Pursley, "An improvement to
+//   generalized-minimum-distance decoding", IEEE Trans. Inf. Theory 37(1),
+//   1991]: any other codeword c' differs from c in at least d = 2t + 1
+//   places, hence from y in at least d - |D| places outside the set D where
+//   c differs from y, so its score is at least the sum of the d - |D|
+//   smallest reliabilities outside D. When c's score is no higher, no test
+//   word can beat it and the search stops with the answer the full search
+//   would give;
+// - a test word within distance t of a codeword c already found decodes to
+//   c again (bounded-distance decoding is unique), which cannot improve the
+//   score: such patterns are skipped from the distance |F xor D| alone.
+//   With e errors corrected in y itself, every pattern of at most t - e
+//   flips is skipped, so words well inside the radius cost one decode.
+// The reliabilities needed (the 2t + 1 smallest) are gathered through a
+// histogram of their float bit patterns, which bounds the candidates to sort.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class BchEngine;
+
+class ChaseDecoder {
+ public:
+  static constexpr int kMaxPositions = 10;
+
+  enum class Outcome { Clean, Corrected, Failed };
+  struct Options {
+    bool incrementalSyndromes = true;  // false: recompute S from the word for every test pattern
+    bool stopWhenOptimal = true;       // false: always try all 2^eta test patterns
+  };
+
+  // engine: the code's hard decoder (borrowed); b: its first root exponent.
+  ChaseDecoder(BchEngine& engine, int b, Options options);
+  ChaseDecoder(BchEngine& engine, int b) : ChaseDecoder(engine, b, Options()) {}
+
+  // message (k bits) and parity (r bits) hold the hard decisions, packed;
+  // reliability[i] >= 0 for codeword bit i (message bits, then parity).
+  // On success the flipped codeword bit indices, ascending, are left in
+  // flips() (at most t + eta) and applied to message and parity; a failure
+  // changes nothing. A word whose reliabilities are all equal carries no
+  // soft information and is hard-decoded only. Throws std::invalid_argument
+  // for eta outside 0..kMaxPositions or a negative or NaN reliability.
+  Outcome decode(uint8_t* message, uint8_t* parity, const float* reliability, int eta);
+
+  const std::vector<int>& flips() const { return changed; }
+  // Test patterns that went through the locator in the last decode.
+  int locatorRuns() const { return locatorCount; }
+
+ private:
+  struct Ranked {
+    float reliability;
+    int bit;
+    bool operator<(const Ranked& o) const {
+      return reliability < o.reliability || (reliability == o.reliability && bit < o.bit);
+    }
+  };
+  void rankLeastReliable(const float* reliability);
+  // Decodes the current test word; on success E (codeword bits) in errors.
+  bool decodeTestWord(const uint8_t* message, const uint8_t* parity);
+  double scoreOf(const float* reliability, unsigned pattern) const;
+  bool provablyBest(double score) const;
+  void flipBit(uint8_t* message, uint8_t* parity, int bit) const;
+  void rememberCandidate();
+  bool nearKnownCandidate(unsigned pattern) const;
+
+  BchEngine& engine;
+  int n, k, t, b;
+  Options options;
+  int eta = 0;
+  int locatorCount = 0;
+  // Codewords found so far: D (where they differ from y) as its size and its
+  // part among the selected positions.
+  static constexpr int kKnownCandidates = 16;
+  struct Known {
+    unsigned mask;
+    int size;
+  };
+  Known known[kKnownCandidates];
+  int knownCount = 0;
+  std::vector<Ranked> smallest;    // the 2t+1 least reliable bits, ascending
+  std::vector<uint32_t> histogram;
+  std::vector<uint16_t> flipTerms;  // per selected position i: alpha^((b+j) p_i), j = 0..2t-1
+  std::vector<uint16_t> base, current;
+  std::vector<int> exponents, lambda, roots, errors, changed, bestChanged;
+  std::vector<uint8_t> scratchMessage, scratchParity;
+};
