@@ -87,7 +87,6 @@ int runInfo(const LdpcOptions& o) {
         doc["cycles"][std::to_string(length)] = count;
         std::cout << " " << length << ":" << count;
       }
-      if (c.counts.size() < 3) std::cout << " (8-cycles not counted: too many pairs of 4-cycles)";
       std::cout << "\nquasi-cyclic symmetry used: circulant size " << c.circulantSize << std::endl;
     }
   }

@@ -1,6 +1,7 @@
 #include "Tools/mymatrix/tannerCycles.h"
 
 #include <algorithm>
+#include <array>
 #include <deque>
 #include <numeric>
 #include <stdexcept>
@@ -170,12 +171,18 @@ std::vector<uint64_t> walkPairs(const TannerGraph& g, const std::vector<size_t>&
 // 12 * sum over ordered pairs of directed 4-cycles (v a w b v), (v c x d v)
 // through v that join into a tailless non-backtracking closed walk (c != b,
 // d != a) of 1 / |I|, where |I| = 1 + [a = c] + [w = x] + [b = d] counts the
-// positions at which the walk meets itself. 12 makes every term whole.
-uint64_t fourCyclePairWeight(const TannerGraph& g, size_t v, uint64_t& pairBudget) {
-  struct Quad {
-    size_t a, w, b;
-  };
-  std::vector<Quad> cycles;
+// positions at which the walk meets itself; 12 makes every term whole.
+//
+// The pairs are never listed. With X1 = [a = c], X2 = [w = x], X3 = [b = d],
+// 12 / (1 + X1 + X2 + X3) = 12 - 6 sum Xi + 4 sum XiXj - 3 X1X2X3 (Moebius
+// inversion over the subsets of {X1, X2, X3}), and [c != b][d != a] =
+// (1 - Y1)(1 - Y2) with Y1 = [c = b], Y2 = [d = a]. Each product of
+// indicators fixes some components of the second cycle to components of the
+// first, so its sum over pairs is a lookup in the cycles sorted by those
+// components. X1Y1 and X3Y2 would force a = b and vanish.
+uint64_t fourCyclePairWeight(const TannerGraph& g, size_t v) {
+  using Key = std::array<size_t, 3>;  // (a, w, b), SIZE_MAX where not fixed
+  std::vector<Key> cycles;
   for (size_t ka = g.start[v]; ka < g.start[v + 1]; ++ka) {
     const size_t a = g.adj[ka];
     for (size_t kw = g.start[a]; kw < g.start[a + 1]; ++kw) {
@@ -187,17 +194,31 @@ uint64_t fourCyclePairWeight(const TannerGraph& g, size_t v, uint64_t& pairBudge
       }
     }
   }
-  const uint64_t q = cycles.size();
-  if (q != 0 && q * q > pairBudget) throw std::length_error("too many pairs of 4-cycles");
-  pairBudget -= q * q;
-  uint64_t weight = 0;
-  for (const Quad& c1 : cycles)
-    for (const Quad& c2 : cycles) {
-      if (c2.a == c1.b || c2.b == c1.a) continue;
-      const int meets = 1 + (c1.a == c2.a) + (c1.w == c2.w) + (c1.b == c2.b);
-      weight = add(weight, static_cast<uint64_t>(12 / meets));
+  if (cycles.empty()) return 0;
+  // byFixed[mask]: the cycles with the components outside mask blanked, sorted.
+  std::array<std::vector<Key>, 8> byFixed;
+  for (int mask = 0; mask < 8; ++mask) {
+    byFixed[mask].reserve(cycles.size());
+    for (const Key& c : cycles)
+      byFixed[mask].push_back({mask & 1 ? c[0] : SIZE_MAX, mask & 2 ? c[1] : SIZE_MAX, mask & 4 ? c[2] : SIZE_MAX});
+    std::sort(byFixed[mask].begin(), byFixed[mask].end());
+  }
+  static const int64_t kCoefficient[4] = {12, -6, 4, -3};
+  int64_t total = 0;
+  for (const Key& c1 : cycles)
+    for (int terms = 0; terms < 32; ++terms) {  // bits: X1, X2, X3, Y1, Y2
+      const bool x1 = terms & 1, x2 = terms & 2, x3 = terms & 4, y1 = terms & 8, y2 = terms & 16;
+      if ((x1 && y1) || (x3 && y2)) continue;
+      const Key want{x1 ? c1[0] : y1 ? c1[2] : SIZE_MAX, x2 ? c1[1] : SIZE_MAX, x3 ? c1[2] : y2 ? c1[0] : SIZE_MAX};
+      const int mask = (want[0] != SIZE_MAX) | (want[1] != SIZE_MAX) << 1 | (want[2] != SIZE_MAX) << 2;
+      const auto range = std::equal_range(byFixed[mask].begin(), byFixed[mask].end(), want);
+      const int64_t matches = range.second - range.first;
+      const int64_t sign = (y1 + y2) % 2 ? -1 : 1;
+      if (__builtin_add_overflow(total, sign * kCoefficient[x1 + x2 + x3] * matches, &total))
+        throw std::overflow_error("cycle count exceeds 64 bits");
     }
-  return weight;
+  if (total < 0) throw std::logic_error("negative 4-cycle pair weight");
+  return static_cast<uint64_t>(total);
 }
 
 }  // namespace
@@ -269,13 +290,8 @@ CycleCounts countShortCycles(const SparseBinaryMatrix& h) {
     if (L == 2 * out.girth) {
       // Non-cycles: S = g * (sum over all vertices of weight/12), half of
       // them starting on the counted side; with g = 4 that is weight/6.
-      uint64_t budget = kMaxFourCyclePairs, weight = 0;
-      try {
-        for (size_t v = 0; v < g.vertices(); v += out.circulantSize)
-          weight = add(weight, fourCyclePairWeight(g, v, budget));
-      } catch (const std::length_error&) {
-        break;
-      }
+      uint64_t weight = 0;
+      for (size_t v = 0; v < g.vertices(); v += out.circulantSize) weight = add(weight, fourCyclePairWeight(g, v));
       weight = mul(weight, out.circulantSize);
       if (weight % 6 != 0 || weight / 6 > closed) throw std::logic_error("inconsistent 8-cycle correction");
       closed -= weight / 6;

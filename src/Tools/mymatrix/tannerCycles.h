@@ -18,8 +18,8 @@
 // where 8 = 2g: the closed walks of length 8 that are not cycles are then
 // two 4-cycles through a common vertex traversed one after the other. Their
 // number is computed exactly from the 4-cycles at each vertex (a walk with
-// |I| such junction points is seen |I| times, so each sighting weighs 1/|I|)
-// and subtracted.
+// |I| such junction points is seen |I| times, so each sighting weighs 1/|I|),
+// in time linear in those 4-cycles up to a sort, and subtracted.
 //
 // Quasi-cyclic matrices: if shifting every z x z block cyclically maps the
 // matrix onto itself (found by detectCirculantSize), vertices in one orbit
@@ -38,14 +38,10 @@ namespace tools {
 
 struct CycleCounts {
   size_t girth = 0;  // 0: the graph has no cycle
-  // (length, number of cycles) for girth, girth + 2 and girth + 4; for
-  // girth 4 the length-8 entry is left out when the graph has more than
-  // kMaxFourCyclePairs pairs of 4-cycles sharing a vertex.
+  // (length, number of cycles) for girth, girth + 2 and girth + 4.
   std::vector<std::pair<size_t, uint64_t>> counts;
   size_t circulantSize = 1;  // the block-cyclic symmetry that was used
 };
-
-constexpr uint64_t kMaxFourCyclePairs = uint64_t{1} << 31;
 
 // The largest z > 1 dividing both dimensions under whose block-cyclic shift
 // the matrix is invariant, or 1.
