@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "Tools/utilities.h"
-#include "Tools/utilities/packedBits.h"
 #include "api/FlashBCH.h"
 #include "usageError.h"
 
@@ -26,11 +25,16 @@ void checkBitOrder(const BitOrder& order, const BlockLayout& layout) {
 }
 
 void bytesToBits(const std::uint8_t* bytes, std::int64_t count, int* bits) {
-  packedbits::unpackInts(bytes, static_cast<size_t>(count) * 8, bits);
+  for (std::int64_t i = 0; i < count; ++i)
+    for (int j = 0; j < 8; ++j) bits[8 * i + j] = (bytes[i] >> (7 - j)) & 1;
 }
 
 void bitsToBytes(const int* bits, std::int64_t count, std::uint8_t* bytes) {
-  packedbits::packInts(bits, static_cast<size_t>(count) * 8, bytes);
+  for (std::int64_t i = 0; i < count; ++i) {
+    unsigned byte = 0;
+    for (int j = 0; j < 8; ++j) byte = (byte << 1) | static_cast<unsigned>(bits[8 * i + j] & 1);
+    bytes[i] = static_cast<std::uint8_t>(byte);
+  }
 }
 
 std::vector<std::uint8_t> readWholeFile(const std::string& path) {
