@@ -35,10 +35,7 @@ BinaryMatrix bchParityCheck(const GF& gf, size_t n, int t, int b) {
       for (int bit = 0; bit < m; ++bit)
         if ((value >> bit) & 1) h.flip(r * static_cast<size_t>(m) + static_cast<size_t>(bit), col);
     }
-  const size_t rank = h.reduceRowEchelon().size();
-  BinaryMatrix basis(rank, n);
-  for (size_t r = 0; r < rank; ++r) std::copy(h.row(r), h.row(r) + h.wordsPerRow(), basis.row(r));
-  return basis;
+  return rightmostEchelon(h);
 }
 
 }  // namespace tools

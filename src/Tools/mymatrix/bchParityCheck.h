@@ -6,7 +6,9 @@
 // root into m binary rows of H; a root's conjugates alpha^(2e), alpha^(4e)
 // .. give the same row space (squaring is GF(2)-linear), so one exponent per
 // cyclotomic coset is enough. The rows are then reduced to a basis, which
-// leaves exactly n - k = deg g(x) rows.
+// leaves exactly n - k = deg g(x) rows, in the systematic form [A | I]: the
+// parity positions of a cyclic code are independent, so the identity sits on
+// the last n - k columns.
 //
 // Columns follow the codec's interface order: column j is degree n-1-j, so a
 // codeword laid out as message then parity satisfies H c^T = 0.

@@ -219,7 +219,7 @@ std::string BinaryMatrix::toString() const {
   return s;
 }
 
-SystematicForm systematicForm(const BinaryMatrix& H) {
+BinaryMatrix rightmostEchelon(const BinaryMatrix& H, std::vector<size_t>* checkColumns) {
   const size_t n = H.cols();
   // Eliminate on the column-reversed matrix so that pivots fall as far
   // right as possible in the original order.
@@ -229,16 +229,22 @@ SystematicForm systematicForm(const BinaryMatrix& H) {
       if (H.get(r, c)) rev.flip(r, n - 1 - c);
   const std::vector<size_t> pivots = rev.reduceRowEchelon();
   const size_t rank = pivots.size();
-
-  SystematicForm f;
-  f.H = BinaryMatrix(rank, n);
+  BinaryMatrix out(rank, n);
   // Row i of the result is reversed row rank-1-i, so check columns increase.
   for (size_t i = 0; i < rank; ++i) {
     const size_t src = rank - 1 - i;
-    f.checkColumns.push_back(n - 1 - pivots[src]);
+    if (checkColumns) checkColumns->push_back(n - 1 - pivots[src]);
     for (size_t c = 0; c < n; ++c)
-      if (rev.get(src, c)) f.H.flip(i, n - 1 - c);
+      if (rev.get(src, c)) out.flip(i, n - 1 - c);
   }
+  return out;
+}
+
+SystematicForm systematicForm(const BinaryMatrix& H) {
+  const size_t n = H.cols();
+  SystematicForm f;
+  f.H = rightmostEchelon(H, &f.checkColumns);
+  const size_t rank = f.checkColumns.size();
   std::vector<size_t> infoIndex(n, n);
   {
     std::vector<bool> isCheck(n, false);

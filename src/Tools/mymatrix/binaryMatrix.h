@@ -92,5 +92,8 @@ struct SystematicForm {
   size_t rank() const { return checkColumns.size(); }
 };
 SystematicForm systematicForm(const BinaryMatrix& H);
+// Just the reduced rows of H with their identity columns as far right as
+// possible (SystematicForm::H); checkColumns, when given, receives them.
+BinaryMatrix rightmostEchelon(const BinaryMatrix& H, std::vector<size_t>* checkColumns = nullptr);
 
 }  // namespace tools

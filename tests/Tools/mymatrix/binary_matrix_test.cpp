@@ -147,6 +147,8 @@ TEST(BinaryMatrix, BchParityCheckAndItsGeneratorReproduceTheEncoder) {
     std::vector<int> msg(k), cw(n);
     const BinaryMatrix h = bchParityCheck(field, n, t, b);
     ASSERT_EQ(h.rows(), n - k) << "k " << k << " t " << t;
+    for (size_t i = 0; i < n - k; ++i)  // systematic: [A | I]
+      for (size_t j = 0; j < n - k; ++j) ASSERT_EQ(h.get(i, k + j), i == j);
     const SystematicForm f = systematicForm(h);
     ASSERT_EQ(f.G.rows(), static_cast<size_t>(k));
     EXPECT_EQ((f.G * h.transposed()).weight(), 0u);
