@@ -50,6 +50,21 @@ double logBinomial(double n, double k) {
   return std::lgamma(n + 1) - std::lgamma(k + 1) - std::lgamma(n - k + 1);
 }
 
+bool nextSubset(std::vector<int>& s, int n) {
+  // The lowest element that can move up by one without meeting the next
+  // moves; everything below it drops back to 0, 1, ...
+  const size_t k = s.size();
+  for (size_t i = 0; i < k; ++i) {
+    const int limit = i + 1 < k ? s[i + 1] : n;
+    if (s[i] + 1 < limit) {
+      ++s[i];
+      for (size_t j = 0; j < i; ++j) s[j] = static_cast<int>(j);
+      return true;
+    }
+  }
+  return false;
+}
+
 SubsetIndexer::SubsetIndexer(int n, int k) : n_(n), k_(k) {
   if (k < 0 || n < 0 || k > n)
     throw std::invalid_argument("SubsetIndexer: k = " + std::to_string(k) + " is outside 0 .. n = " +

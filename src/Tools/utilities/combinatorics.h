@@ -21,6 +21,11 @@ uint64_t binomial(int64_t n, int64_t k);
 // -infinity when k is out of range.
 double logBinomial(double n, double k);
 
+// Steps s (k increasing elements below n) to the next subset in colex order,
+// the one whose rank is one higher; returns false, leaving s unchanged,
+// after the last. Starting from {0, .., k-1} it visits every k-subset once.
+bool nextSubset(std::vector<int>& s, int n);
+
 // Ranks and unranks k-subsets of {0, .., n-1} with a table of binomials
 // built once; construction throws std::overflow_error when C(n, k) does
 // not fit in 64 bits and std::invalid_argument for k < 0, k > n.

@@ -101,9 +101,12 @@ TEST(Combinatorics, RankAndUnrankAreInverseBijectionsInColexOrder) {
     for (int k = 0; k <= n; ++k) {
       const SubsetIndexer idx(n, k);
       ASSERT_EQ(idx.count(), binomial(n, k));
-      std::vector<int> prev;
+      std::vector<int> prev, stepped(k);
+      std::iota(stepped.begin(), stepped.end(), 0);
       for (uint64_t r = 0; r < idx.count(); ++r) {
         const std::vector<int> s = idx.unrank(r);
+        ASSERT_EQ(s, stepped);
+        ASSERT_EQ(nextSubset(stepped, n), r + 1 < idx.count());
         ASSERT_TRUE(std::is_sorted(s.begin(), s.end()) && std::adjacent_find(s.begin(), s.end()) == s.end());
         ASSERT_TRUE(s.empty() || (s.front() >= 0 && s.back() < n));
         ASSERT_EQ(idx.rank(s), r);
