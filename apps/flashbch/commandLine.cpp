@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "distribution.h"
 #include "nandCommand.h"
+#include "ldpcCommands.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -178,6 +179,35 @@ void addNand(CLI::App& app, NandOptions& o) {
   sub->add_option("--plot", o.plot, "draw RBER against P/E cycles (FILE.png or FILE.svg, needs gnuplot)");
 }
 
+void addLdpc(CLI::App& app, LdpcOptions& o) {
+  auto* ldpc = app.add_subcommand("ldpc", "Parity-check matrices in alist form: facts, generator matrices, and the "
+                                          "binary parity-check matrix of the BCH code.");
+  ldpc->require_subcommand(1);
+  auto* info = ldpc->add_subcommand(
+      "info",
+      "Size, rank, rate, node degree distributions, girth and the numbers of cycles of length girth, girth+2 and "
+      "girth+4 of the Tanner graph. --json keys: n, m, ones, rank, rate, column_degrees, row_degrees, girth (null "
+      "without cycles), cycles (length -> count), circulant_size.");
+  info->add_option("input", o.input, "parity-check matrix (alist)")->required();
+  info->add_flag("--no-cycles", o.noCycles, "skip the girth and cycle counts (slow for dense matrices)");
+  auto* generator = ldpc->add_subcommand(
+      "generator",
+      "Generator matrix G (k x n, G H^T = 0) of any parity-check matrix H, also one not of full rank; G is "
+      "systematic on the information columns (listed by --json), chosen to keep the last columns as parity.");
+  generator->add_option("input", o.input, "parity-check matrix H (alist)")->required();
+  generator->add_option("-o,--output", o.output, "generator matrix G to write (alist)")->required();
+  auto* bch = ldpc->add_subcommand(
+      "bch", "The (n-k) x n binary parity-check matrix of the BCH code over GF(2^15) correcting t errors with k "
+             "data bits (n = k + 15t), columns in codeword order: data first, then parity.");
+  bch->add_option("--data-bits", o.dataBits, "data bits k")->required();
+  bch->add_option("--t", o.t, "bit errors corrected, 1 .. 128")->required();
+  bch->add_option("-o,--output", o.output, "parity-check matrix to write (alist)")->required();
+  for (CLI::App* sub : {info, generator, bch}) {
+    sub->add_option("--json", o.json, "also write the facts as JSON to this file");
+    sub->callback([&o, sub] { o.action = sub->get_name(); });
+  }
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -187,6 +217,7 @@ int runCommandLine(int argc, char** argv) {
   PageOptions encode, decode;
   InfoOptions info;
   UberOptions uber;
+  LdpcOptions ldpc;
   addSimulate(app, simulate);
   addEncode(app, encode);
   addDecode(app, decode);
@@ -194,6 +225,7 @@ int runCommandLine(int argc, char** argv) {
   addUber(app, uber);
   NandOptions nand;
   addNand(app, nand);
+  addLdpc(app, ldpc);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -209,6 +241,7 @@ int runCommandLine(int argc, char** argv) {
     if (command == "decode") return runDecode(decode);
     if (command == "info") return runInfo(info);
     if (command == "nand") return runNand(nand);
+    if (command == "ldpc") return runLdpc(ldpc);
     return runUber(uber);
   } catch (const UsageError& e) {
     std::cout.flush();

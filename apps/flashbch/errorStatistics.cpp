@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "Tools/utilities/combinatorics.h"
+
 namespace flashbch {
 
 namespace {
@@ -86,8 +88,7 @@ Interval meanInterval95(double sum, double sumOfSquares, std::int64_t count) {
 double logBinomialProbability(int n, int w, double p) {
   if (w < 0 || w > n) return -INFINITY;
   if (!(p > 0.0)) return w == 0 ? 0.0 : -INFINITY;
-  return std::lgamma(n + 1.0) - std::lgamma(w + 1.0) - std::lgamma(n - w + 1.0) + w * std::log(p) +
-         (n - w) * std::log1p(-p);
+  return tools::logBinomial(n, w) + w * std::log(p) + (n - w) * std::log1p(-p);
 }
 
 LogInterval combineStrata(const std::vector<WeightedEstimate>& terms, double logOmitted) {

@@ -4,8 +4,10 @@
 #include <chrono>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <tuple>
 
+#include "Tools/utilities/combinatorics.h"
 #include "blockWorker.h"
 #include "distribution.h"
 #include "roundScheduler.h"
@@ -21,25 +23,10 @@ double logAdd(double a, double b) {
   return a + std::log1p(std::exp(b - a));
 }
 
-// C(n, w) when it is at most `limit`, else -1.
-std::int64_t smallBinomial(int n, int w, std::int64_t limit) {
-  w = std::min(w, n - w);
-  const double logC = std::lgamma(n + 1.0) - std::lgamma(w + 1.0) - std::lgamma(n - w + 1.0);
-  if (logC > std::log(static_cast<double>(limit)) + 1.0) return -1;
-  std::int64_t c = 1;  // C(n, i) for i = 0 .. w, each at most C(n, w)
-  for (int i = 1; i <= w; ++i) c = c * (n - w + i) / i;
-  return c <= limit ? c : -1;
-}
-
-// The next w-subset of 0 .. n-1 in lexicographic order; false after the last.
-bool nextCombination(std::vector<int>& c, int n) {
-  const int w = static_cast<int>(c.size());
-  int i = w - 1;
-  while (i >= 0 && c[static_cast<size_t>(i)] == n - w + i) --i;
-  if (i < 0) return false;
-  ++c[static_cast<size_t>(i)];
-  for (int j = i + 1; j < w; ++j) c[static_cast<size_t>(j)] = c[static_cast<size_t>(j - 1)] + 1;
-  return true;
+// Whether the C(n, w) error patterns of weight w number at most `limit`.
+bool fewPatterns(int n, int w, std::int64_t limit) {
+  const std::optional<std::uint64_t> c = tools::binomialChecked(n, w);
+  return c && *c <= static_cast<std::uint64_t>(limit);
 }
 
 constexpr std::uint64_t kStratumStreamTag = 0x7374726174756dull;
@@ -84,7 +71,7 @@ StratifiedEstimator::StratifiedEstimator(SimulationSettings settings) : settings
           continue;
         }
         auto [it, added] = index.emplace(std::make_tuple(k, w, ownPoint), strata_.size());
-        if (added) strata_.push_back({k, n, w, ownPoint < 0 && smallBinomial(n, w, s.maxBlocks) >= 0, ownPoint});
+        if (added) strata_.push_back({k, n, w, ownPoint < 0 && fewPatterns(n, w, s.maxBlocks), ownPoint});
         at.uses.push_back({it->second, logWeight[w]});
       }
       lengths.push_back(std::move(at));
@@ -125,7 +112,7 @@ StratumTally StratifiedEstimator::sample(int worker, size_t i, std::int64_t roun
     for (int j = 0; j < st.weight; ++j) positions[static_cast<size_t>(j)] = j;
     do {
       record();
-    } while (nextCombination(positions, st.codeBits));
+    } while (tools::nextSubset(positions, st.codeBits));
     return t;
   }
   // Given W = w the pattern's law does not depend on the channel parameter;
