@@ -452,10 +452,11 @@ int BCH::decodeForSmallT(int* in, int* out, int tLimit) {
 }
 
 void BCH::injectHardErrors(int* in, int* out, int numErrors, long& seed) {
-  std::copy(in, in + n, out);
   // Positions are drawn until an unflipped one comes up, so the flips are
   // distinct; with numErrors > n no free position would remain and the
-  // draw never ends.
+  // draw would never end.
+  if (numErrors > n) fatal("injectHardErrors: more errors than the word has bits.");
+  std::copy(in, in + n, out);
   for (int e = 0; e < numErrors; ++e) {
     int p;
     do {

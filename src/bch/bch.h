@@ -101,7 +101,8 @@ class BCH {
   BchEngine* packedEngine() const { return engine.get(); }
 
   // out = in with numErrors distinct bits flipped at positions drawn from
-  // ran1(&seed); numErrors must not exceed n.
+  // ran1(&seed); numErrors above n is fatal (nothing is written, the seed
+  // is untouched), and 0 or less copies the word.
   void injectHardErrors(int* in, int* out, int numErrors, long& seed);
 
  protected:
