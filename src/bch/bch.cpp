@@ -137,11 +137,12 @@ BCH::~BCH() {
 
 bool BCH::packWord(const int* word, bool degreeOrder) {
   const int r = n - k;
-  if (degreeOrder)
-    return packedbits::packIntsReversed(word + n - 1, k, packedMessage.data()) &
-           packedbits::packIntsReversed(word + r - 1, r, packedParity.data());
-  return packedbits::packInts(word, k, packedMessage.data()) &
-         packedbits::packInts(word + k, r, packedParity.data());
+  // Both halves are always packed, whatever the first reports.
+  const bool messageBinary = degreeOrder ? packedbits::packIntsReversed(word + n - 1, k, packedMessage.data())
+                                         : packedbits::packInts(word, k, packedMessage.data());
+  const bool parityBinary = degreeOrder ? packedbits::packIntsReversed(word + r - 1, r, packedParity.data())
+                                        : packedbits::packInts(word + k, r, packedParity.data());
+  return messageBinary && parityBinary;
 }
 
 int BCH::packedWeightParity() const {

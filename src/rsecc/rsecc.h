@@ -128,7 +128,6 @@ class RSECC {
                                  const int* B, int len, int gamma, int L, const int deltas[2],
                                  std::vector<int>& error, std::vector<int>& locator);
 
-  int reservedState = 0;
   std::unique_ptr<GF> gf;  // private copy of the caller's field
   int t = 0;
   int nParity = 0;
