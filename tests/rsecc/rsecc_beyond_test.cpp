@@ -1,6 +1,6 @@
-// Decoding one error beyond the bound: against a brute-force list of all
-// codewords of small GF(16) codes, its gain over decode() on t+1 errors, and
-// no success with a word that is not a codeword.
+// Decoding one error beyond the bound: the unique nearest codeword within
+// t+1 symbols, against the full list of codewords of small GF(8) codes; its
+// gain over decode() on t+1 errors; and no success with a non-codeword.
 #include <algorithm>
 #include <random>
 #include <set>
@@ -13,41 +13,59 @@ namespace {
 
 using namespace rstest;
 
-TEST(RseccBeyond, ListEqualsBruteForceSearchInGf16) {
-  GF2m f = field(4);
-  struct Case { int t, nParity, n, b0; };
-  const Case cases[] = {{2, 4, 7, 0}, {2, 4, 7, 1}, {2, 5, 8, 1}, {1, 2, 5, 0}, {1, 3, 6, 1}};
-  std::mt19937 rng(3);
-  std::uniform_int_distribution<int> sym(0, 15);
+// The decoders' guarantee, checked on every coset of small codes over GF(8):
+// the words whose message part is zero hold one representative of each
+// syndrome, and a random codeword added to each moves it anywhere in its
+// coset. The nearest codewords come from the full list of codewords.
+TEST(RseccBeyond, UniqueNearestWithinOneBeyondTOnEveryCoset) {
+  static const int p3[] = {1, 0, 1, 1};  // x^3 + x + 1
+  GF2m f(3, p3, 3, static_cast<const char*>(nullptr));
+  struct Case { int t, nParity, b0; };
+  const Case cases[] = {{1, 2, 0}, {1, 2, 1}, {2, 4, 0}, {2, 4, 1}, {1, 3, 1}};
+  const int n = 7;
+  std::mt19937 rng(5);
   for (const Case& c : cases) {
+    SCOPED_TRACE(::testing::Message() << "t " << c.t << " parity " << c.nParity << " b0 " << c.b0);
     RSECC rs(&f, c.t, c.nParity, false, c.b0);
-    const int k = c.n - c.nParity;
+    const int k = n - c.nParity;
     std::vector<V> code;
-    V msg(k, 0), cw(c.n);
-    for (int index = 0; index < 1 << (4 * k); ++index) {
-      for (int i = 0; i < k; ++i) msg[i] = (index >> (4 * i)) & 15;
-      rs.encode(msg.data(), k, cw.data(), c.n);
+    V msg(k), cw(n);
+    for (int index = 0; index < 1 << (3 * k); ++index) {
+      for (int i = 0; i < k; ++i) msg[i] = (index >> (3 * i)) & 7;
+      rs.encode(msg.data(), k, cw.data(), n);
       code.push_back(cw);
     }
-    for (int trial = 0; trial < 150; ++trial) {
+    for (int syndrome = 0; syndrome < 1 << (3 * c.nParity); ++syndrome) {
       V r = code[rng() % code.size()];
-      for (int e = 0; e < c.t + 1 + trial % 2; ++e) r[rng() % c.n] = sym(rng);
+      for (int i = 0; i < c.nParity; ++i) r[k + i] = f.add(r[k + i], (syndrome >> (3 * i)) & 7);
       std::set<V> near;
-      int nearest = c.n;
-      for (const auto& w : code) {
+      int nearest = n, atNearest = 0;
+      const V* closest = nullptr;
+      for (const V& w : code) {
         const int d = distance(w, r);
         if (d <= c.t + 1) near.insert(w);
-        nearest = std::min(nearest, d);
+        if (d < nearest) {
+          nearest = d;
+          atNearest = 0;
+          closest = &w;
+        }
+        atNearest += d == nearest;
       }
-      std::vector<V> rows(4 * c.t, V(c.n));
-      std::vector<int*> list;
-      for (auto& row : rows) list.push_back(row.data());
-      const int count = rs.listDecode(r.data(), c.n, -1, nullptr, list.data(), int(list.size()));
-      EXPECT_TRUE(near.size() > list.size() || std::set<V>(rows.begin(), rows.begin() + count) == near) << trial;
+      const bool unique = nearest <= c.t + 1 && atNearest == 1;
       V w = r;
-      const bool unique = nearest <= c.t || near.size() == 1;
-      ASSERT_EQ(rs.decodeBeyondBchBound(w.data(), c.n, -1, nullptr), unique ? 1 : 0) << trial;
-      EXPECT_TRUE(unique ? near.count(w) && distance(w, r) == nearest : w == r) << trial;
+      ASSERT_EQ(rs.decodeBeyondBchBound(w.data(), n, -1, nullptr), unique ? 1 : 0) << syndrome;
+      ASSERT_EQ(w, unique ? *closest : r) << syndrome;
+
+      std::vector<V> rows(4 * c.t, V(n));
+      std::vector<int*> list;
+      for (V& row : rows) list.push_back(row.data());
+      const int count = rs.listDecode(r.data(), n, -1, nullptr, list.data(), int(list.size()));
+      if (near.size() <= list.size()) {
+        ASSERT_EQ(std::set<V>(rows.begin(), rows.begin() + count), near) << syndrome;
+      }
+      if (nearest <= c.t) {
+        ASSERT_EQ(rows[0], *closest) << syndrome;
+      }
     }
   }
 }
