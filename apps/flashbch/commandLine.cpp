@@ -109,6 +109,18 @@ void addUber(CLI::App& app, UberOptions& o) {
   sub->add_option("--plot", o.plot, "draw UBER against the raw bit error rate (FILE.png or FILE.svg, needs gnuplot)");
 }
 
+// CLI11 reports a misspelt command as an unexpected argument; name it as
+// the command it was meant to be.
+std::string parseErrorMessage(CLI::App& app, int argc, char** argv, const CLI::ParseError& e) {
+  if (argc < 2 || argv[1][0] == '-') return e.what();
+  std::string known;
+  for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) {
+    if (sub->get_name() == argv[1]) return e.what();
+    known += (known.empty() ? "" : ", ") + sub->get_name();
+  }
+  return std::string("unknown command '") + argv[1] + "' (the commands are " + known + ")";
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -127,7 +139,7 @@ int runCommandLine(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     if (e.get_exit_code() == 0) return app.exit(e);
-    std::cerr << "flashbch: " << e.what() << "\nRun 'flashbch --help' or 'flashbch COMMAND --help' for usage."
+    std::cerr << "flashbch: " << parseErrorMessage(app, argc, argv, e) << "\nRun 'flashbch --help' or 'flashbch COMMAND --help' for usage."
               << std::endl;
     return 2;
   }
