@@ -1,8 +1,10 @@
 // The command line: CLI11 parses, the subcommands check their own ranges
 // (UsageError), and every usage error ends with exit status 2 and a message
-// on standard error that names the flag or file at fault.
+// on standard error that names the flag or file at fault. Running out of
+// memory ends with one line and exit status 3.
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <new>
 #include <string>
 
 #include "commands.h"
@@ -11,6 +13,8 @@
 namespace flashbch {
 
 namespace {
+
+constexpr int kOutOfMemoryStatus = 3;
 
 const char* const kLayoutHelp =
     "block layout: codewords x data bits (4x8192) or a comma-separated list of DATABITS or COUNTxDATABITS items";
@@ -154,6 +158,13 @@ int runCommandLine(int argc, char** argv) {
     std::cout.flush();
     std::cerr << "flashbch " << command << ": " << e.what() << std::endl;
     return 2;
+  } catch (const std::bad_alloc&) {
+    // Whatever was being built is released by the unwinding, so the
+    // message itself has memory to work with.
+    std::cout.flush();
+    std::cerr << "flashbch " << command << ": out of memory; try a smaller layout, fewer threads or a smaller file"
+              << std::endl;
+    return kOutOfMemoryStatus;
   }
 }
 
