@@ -24,7 +24,10 @@ class QuilBits : public ::testing::Test {
 V withStrayValues(const V& bits) {
   const int odd[] = {INT_MAX, -1, 3, INT_MIN + 1}, even[] = {INT_MIN, -2, 2, INT_MAX - 1};
   V out = bits;
-  for (size_t i = 0; i < out.size(); i += 4) out[i] = (out[i] ? odd : even)[(i / 4) % 4];
+  for (size_t i = 0; i < out.size(); i += 4) {
+    const size_t kind = (i / 4) % 4;
+    out[i] = out[i] ? odd[kind] : even[kind];
+  }
   return out;
 }
 
