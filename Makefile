@@ -4,6 +4,8 @@ BUILD    ?= build
 JOBS     ?= $(shell nproc)
 CMAKE_ARGS ?=
 BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind libopenmpi-dev openmpi-bin
+# Needed only by the suite: gnuplot draws the plots the --plot tests check.
+TEST_DEPS = gnuplot-nox
 
 .PHONY: deps configure build run test bench clean
 
@@ -20,6 +22,7 @@ run: build
 	./$(BUILD)/apps/flashbch/flashbch simulate
 
 test: build
+	@./scripts/deps.sh $(TEST_DEPS)
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 bench: deps

@@ -1,7 +1,8 @@
 /*
  * quilFlashBCH: binary BCH error correction for NAND flash blocks.
  *
- * Data cross this interface as arrays of int, one bit (0 or 1) per element.
+ * Data cross this interface as arrays of int, one bit (0 or 1) per element;
+ * an element holding any other value is read as its lowest bit (value & 1).
  * A block is numCodewords codewords; codeword i is its dataLengths[i] data
  * bits followed by the stored parity (quilGetParityLength() bits: 15*t parity
  * bits padded with zeros to whole bytes). The code works in GF(2^15) on
@@ -22,11 +23,23 @@
  * quilInitializeFlashBCH. quilInitializeFlashBCH returns -1 and keeps the
  * previous configuration when the layout cannot work: numCodewords < 1, a
  * null dataLengths, a data length < 1, t < 0 or t > 128, or a codeword longer
- * than the field allows (data length + 15*t > 32767). A second
+ * than the field allows (data length + 15*t > 32767), or a block of more
+ * than 2^31 - 1 elements (data and stored parity together). A second
  * quilCreateFlashBCH without a release frees the earlier instance. No C++
  * exception crosses this interface; an allocation failure during creation or
  * initialisation returns -1. quilGenerateRandomBits and quilAddGaussianNoise
- * work before creation too (they reseed on every call).
+ * work before creation too (they reseed on every call). When creation fails
+ * no instance is left: the codec calls then return -1.
+ *
+ * Buffers: the in and out arrays of quilEncodeBCH and quilDecodeBCH must not
+ * overlap (the output is written while the input is still being read); only
+ * quilSwapData may work in place.
+ *
+ * Null pointers: a null dataLengths makes quilInitializeFlashBCH return -1.
+ * A null array is otherwise safe only where nothing is read or written:
+ * in a call that returns -1 for want of an instance or a configuration, and
+ * in quilGenerateRandomBits, quilAddGaussianNoise and quilSwapData with
+ * n <= 0. quilFlashBCHVersion needs a buffer of 6 bytes.
  */
 #ifndef QUIL_FLASH_BCH_H
 #define QUIL_FLASH_BCH_H

@@ -1,8 +1,10 @@
 // The command line: CLI11 parses, the subcommands check their own ranges
 // (UsageError), and every usage error ends with exit status 2 and a message
-// on standard error that names the flag or file at fault.
+// on standard error that names the flag or file at fault. Running out of
+// memory ends with one line and exit status 3.
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <new>
 #include <string>
 
 #include "commands.h"
@@ -14,6 +16,8 @@
 namespace flashbch {
 
 namespace {
+
+constexpr int kOutOfMemoryStatus = 3;
 
 const char* const kLayoutHelp =
     "block layout: codewords x data bits (4x8192) or a comma-separated list of DATABITS or COUNTxDATABITS items";
@@ -208,6 +212,18 @@ void addLdpc(CLI::App& app, LdpcOptions& o) {
   }
 }
 
+// CLI11 reports a misspelt command as an unexpected argument; name it as
+// the command it was meant to be.
+std::string parseErrorMessage(CLI::App& app, int argc, char** argv, const CLI::ParseError& e) {
+  if (argc < 2 || argv[1][0] == '-') return e.what();
+  std::string known;
+  for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) {
+    if (sub->get_name() == argv[1]) return e.what();
+    known += (known.empty() ? "" : ", ") + sub->get_name();
+  }
+  return std::string("unknown command '") + argv[1] + "' (the commands are " + known + ")";
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
@@ -230,7 +246,7 @@ int runCommandLine(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     if (e.get_exit_code() == 0) return app.exit(e);
-    std::cerr << "flashbch: " << e.what() << "\nRun 'flashbch --help' or 'flashbch COMMAND --help' for usage."
+    std::cerr << "flashbch: " << parseErrorMessage(app, argc, argv, e) << "\nRun 'flashbch --help' or 'flashbch COMMAND --help' for usage."
               << std::endl;
     return 2;
   }
@@ -248,6 +264,13 @@ int runCommandLine(int argc, char** argv) {
     // Every rank of an MPI job finds the same error; one report is enough.
     if (launchedRank() == 0) std::cerr << "flashbch " << command << ": " << e.what() << std::endl;
     return 2;
+  } catch (const std::bad_alloc&) {
+    // Whatever was being built is released by the unwinding, so the
+    // message itself has memory to work with.
+    std::cout.flush();
+    std::cerr << "flashbch " << command << ": out of memory; try a smaller layout, fewer threads or a smaller file"
+              << std::endl;
+    return kOutOfMemoryStatus;
   }
 }
 

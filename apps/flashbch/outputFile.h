@@ -1,6 +1,12 @@
 // Writing the tool's output files. A path that cannot be written is a usage
-// error naming the flag that gave it; it is checked before any long work
-// by checkWritable, which creates (or truncates) the file.
+// error naming the flag that gave it.
+//
+// Every file is written atomically: the content goes to a temporary file in
+// the target's directory, which is then renamed over the target, so a reader
+// sees either the previous file or the complete new one, and a failed write
+// (disk full, file-size limit, interruption) leaves the previous file as it
+// was. checkWritable vets a path before any long work without creating,
+// truncating or otherwise touching the target.
 #pragma once
 
 #include <string>

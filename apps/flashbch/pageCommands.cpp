@@ -17,6 +17,7 @@ BlockLayout pageLayout(const PageOptions& o, BitOrder& order) {
   order.bitSwapGroupBits = o.bitSwap;
   checkBitOrder(order, layout);
   checkDistinctFiles("--output", o.output, o.input, "the input file; the input is never written over");
+  checkWritable("--output", o.output);
   return layout;
 }
 

@@ -38,6 +38,12 @@ void bitsToBytes(const int* bits, std::int64_t count, std::uint8_t* bytes) {
 }
 
 std::vector<std::uint8_t> readWholeFile(const std::string& path) {
+  // Only a regular file has an end to read to: a device such as /dev/zero
+  // never ends, and opening a FIFO without a writer blocks.
+  std::error_code ec;
+  const auto status = std::filesystem::status(path, ec);
+  if (!ec && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    throw UsageError(path + ": not a regular file; the input must be a regular file");
   std::ifstream in(path, std::ios::binary);
   if (!in || std::filesystem::is_directory(path)) throw UsageError(path + ": cannot open the input file");
   return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

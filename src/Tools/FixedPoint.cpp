@@ -7,7 +7,6 @@
 // (up to 52 bits, which a double still holds exactly) use 64-bit words.
 #include "Tools/FixedPoint.h"
 
-#include <cerrno>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
@@ -15,27 +14,15 @@
 #include <iostream>
 #include <limits>
 
+#include "Tools/failedCheck.h"
+
 namespace {
 
 const char* const kSourcePath = "Tools/FixedPoint.cpp";
 const int kTextSize = 32;
 const int kStatsTextSize = 1024;
 
-// The format checks stay active in release builds: a bad format is a caller
-// bug that would otherwise produce silently wrong registers. The report has
-// the layout of the C library's assertion report.
-[[noreturn]] void assertionFailed(const char* expression, int line, const char* function) {
-  std::fflush(stdout);
-#ifdef __GLIBC__
-  std::fprintf(stderr, "%s: ", program_invocation_short_name);
-#endif
-  std::fprintf(stderr, "%s:%d: %s: Assertion `%s' failed.\n", kSourcePath, line, function, expression);
-  std::fflush(stderr);
-  std::abort();
-}
-
-#define FIXED_POINT_CHECK(condition, text) \
-  ((condition) ? void(0) : assertionFailed(text, __LINE__, __PRETTY_FUNCTION__))
+#define FIXED_POINT_CHECK(condition, text) TOOLS_CHECK(kSourcePath, condition, text)
 
 // double -> integer as the ARM conversion instructions do it: out-of-range
 // values saturate and NaN gives 0.

@@ -4,7 +4,10 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <memory>
 #include <new>
+#include <vector>
 
 #include "Tools/utilities.h"
 #include "api/FlashBCH.h"
@@ -26,12 +29,34 @@ constexpr int kMaxT = 128;  // beyond it the generator no longer has 15*t bits
 constexpr unsigned kChannelSeed = 12345;
 
 bool g_configured = false;
+// Elements per block on each side of the codec, set by a successful init.
+long long g_dataBits = 0;
+long long g_blockBits = 0;
+// Holds a copy of a caller's array reduced to bits, grown on demand.
+std::vector<int> g_reduced;
 
 bool layoutIsUsable(int numCodewords, const int* dataLengths, int t) {
   if (numCodewords < 1 || dataLengths == nullptr || t < 0 || t > kMaxT) return false;
-  for (int i = 0; i < numCodewords; ++i)
+  const int storedParity = (kFieldDegree * t + 7) / 8 * 8;  // 15t rounded up to whole bytes
+  long long blockBits = 0;
+  for (int i = 0; i < numCodewords; ++i) {
     if (dataLengths[i] < 1 || dataLengths[i] > kLongestCodeword - kFieldDegree * t) return false;
-  return true;
+    blockBits += dataLengths[i] + storedParity;
+  }
+  // The adapter addresses a block with int offsets.
+  return blockBits <= std::numeric_limits<int>::max();
+}
+
+// The array itself when every element is 0 or 1 (the ordinary case, found by
+// one pass), otherwise a copy with every element reduced to its lowest bit,
+// so that the codec's arithmetic only ever sees bits.
+int* asBits(int* values, long long count) {
+  unsigned stray = 0;
+  for (long long i = 0; i < count; ++i) stray |= static_cast<unsigned>(values[i]) & ~1u;
+  if (stray == 0) return values;
+  g_reduced.resize(static_cast<size_t>(count));
+  for (long long i = 0; i < count; ++i) g_reduced[static_cast<size_t>(i)] = values[i] & 1;
+  return g_reduced.data();
 }
 
 Random_Number_Generator& channelGenerator() {
@@ -45,18 +70,24 @@ extern "C" {
 
 int quilCreateFlashBCH(void) {
   EnableDebug(false);
+  delete g_pFlashBCH;
+  g_pFlashBCH = nullptr;
+  g_configured = false;
+  // Both parts are built before either is published, so a failure leaves
+  // no instance behind a result of -1.
+  std::unique_ptr<IFlashBCH> codec;
+  std::unique_ptr<Random_Number_Generator> generator;
   try {
-    delete g_pFlashBCH;
-    g_pFlashBCH = nullptr;
-    g_configured = false;
-    g_pFlashBCH = create_flashBCH();
-    delete rg;
-    rg = nullptr;
-    rg = new MT_Rand_Gen(kChannelSeed);
+    codec.reset(create_flashBCH());
+    generator = std::make_unique<MT_Rand_Gen>(kChannelSeed);
   } catch (...) {
     return -1;
   }
-  return g_pFlashBCH ? 0 : -1;
+  if (!codec) return -1;
+  delete rg;
+  rg = generator.release();
+  g_pFlashBCH = codec.release();
+  return 0;
 }
 
 int quilInitializeFlashBCH(int numCodewords, int* dataLengths, int t) {
@@ -69,6 +100,9 @@ int quilInitializeFlashBCH(int numCodewords, int* dataLengths, int t) {
     return -1;
   }
   g_configured = true;
+  g_dataBits = 0;
+  for (int i = 0; i < numCodewords; ++i) g_dataBits += dataLengths[i];
+  g_blockBits = g_dataBits + static_cast<long long>(numCodewords) * g_pFlashBCH->get_parity_length();
   return 0;
 }
 
@@ -90,7 +124,7 @@ int quilGetParityLength(void) {
 int quilEncodeBCH(int* in, int* out) {
   if (!g_pFlashBCH || !g_configured) return -1;
   try {
-    g_pFlashBCH->encode_au(in, out);
+    g_pFlashBCH->encode_au(asBits(in, g_dataBits), out);
   } catch (...) {
     return -1;
   }
@@ -100,7 +134,7 @@ int quilEncodeBCH(int* in, int* out) {
 int quilDecodeBCH(int* in, int* out) {
   if (!g_pFlashBCH || !g_configured) return -1;
   try {
-    return g_pFlashBCH->decode_au(in, out, nullptr);
+    return g_pFlashBCH->decode_au(asBits(in, g_blockBits), out, nullptr);
   } catch (...) {
     return -1;
   }
@@ -116,7 +150,7 @@ void quilAddGaussianNoise(int* bits, double* out, int n, double snrDb, int seed)
   Random_Number_Generator& gen = channelGenerator();
   gen.initialize(static_cast<unsigned int>(seed));
   const double a = std::pow(10.0, -snrDb / 20.0);
-  for (int i = 0; i < n; ++i) out[i] = (1 - 2 * bits[i]) + 2 * a * gen.normal();
+  for (int i = 0; i < n; ++i) out[i] = (1 - 2 * (bits[i] & 1)) + 2 * a * gen.normal();
 }
 
 void quilSwapData(int* in, int n, int* out, int wordBits, int groupBits, int doByteSwap, int doBitSwap) {

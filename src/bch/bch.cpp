@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -49,7 +50,6 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_, const BCH* tablesFrom)
       t(t_),
       b(b_),
       genPoly(nullptr),
-      rsecc(nullptr),
       parity(-1),
       syndromes(nullptr),
       lambda(nullptr) {
@@ -66,7 +66,8 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_, const BCH* tablesFrom)
     k = n - r;
 
   if (k >= 0 && BchEngine::supports(gf, n, t, b)) {
-    genPoly = new int[r + 1];
+    genPolyStorage.assign(r + 1, 0);
+    genPoly = genPolyStorage.data();
     std::shared_ptr<const FieldTables> tables;
     std::shared_ptr<const GeneratorRemainder> divider;
     if (tablesFrom && tablesFrom->engine && tablesFrom->gf == gf && tablesFrom->t == t && tablesFrom->b == b) {
@@ -92,10 +93,10 @@ BCH::BCH(GF* gf_, int n_, int t_, int b_, int k_, const BCH* tablesFrom)
   // store has room for S1..S5 even when n-k < 5, so that the closed-form
   // solver never reads outside it.
   const int syndromeSlots = std::max(n - k, 5);
-  syndromes = new int[syndromeSlots];
-  std::fill(syndromes, syndromes + syndromeSlots, zero);
-  lambda = new int[2 * t + 1];
-  std::fill(lambda, lambda + 2 * t + 1, zero);
+  syndromeStorage.assign(syndromeSlots, zero);
+  syndromes = syndromeStorage.data();
+  lambdaStorage.assign(2 * t + 1, zero);
+  lambda = lambdaStorage.data();
 }
 
 void BCH::buildGeneratorInField(const std::set<int>& roots) {
@@ -104,8 +105,8 @@ void BCH::buildGeneratorInField(const std::set<int>& roots) {
   const int r = static_cast<int>(roots.size());
   const int zero = gf->getZero();
   const int one = gf->getOne();
-  genPoly = new int[r + 1];
-  std::fill(genPoly, genPoly + r + 1, zero);
+  genPolyStorage.assign(r + 1, zero);
+  genPoly = genPolyStorage.data();
   genPoly[0] = one;
   std::vector<int> product(r + 1, zero);
   int factor[2] = {zero, one};
@@ -128,20 +129,16 @@ void BCH::buildGeneratorInField(const std::set<int>& roots) {
   }
 }
 
-BCH::~BCH() {
-  delete[] genPoly;
-  delete rsecc;
-  delete[] syndromes;
-  delete[] lambda;
-}
+BCH::~BCH() = default;
 
 bool BCH::packWord(const int* word, bool degreeOrder) {
   const int r = n - k;
-  if (degreeOrder)
-    return packedbits::packIntsReversed(word + n - 1, k, packedMessage.data()) &
-           packedbits::packIntsReversed(word + r - 1, r, packedParity.data());
-  return packedbits::packInts(word, k, packedMessage.data()) &
-         packedbits::packInts(word + k, r, packedParity.data());
+  // Both halves are always packed, whatever the first reports.
+  const bool messageBinary = degreeOrder ? packedbits::packIntsReversed(word + n - 1, k, packedMessage.data())
+                                         : packedbits::packInts(word, k, packedMessage.data());
+  const bool parityBinary = degreeOrder ? packedbits::packIntsReversed(word + r - 1, r, packedParity.data())
+                                        : packedbits::packInts(word + k, r, packedParity.data());
+  return messageBinary && parityBinary;
 }
 
 int BCH::packedWeightParity() const {
@@ -372,7 +369,7 @@ int BCH::decodeRS(int* in, int* out, int tLimit) {
   const int zero = gf->getZero();
   const int one = gf->getOne();
   // nParity -1 gives 2t parity symbols with roots alpha^0 .. alpha^(2t-1).
-  if (rsecc == nullptr) rsecc = new RSECC(gf, t, -1, false, 0);
+  if (!rsecc) rsecc = std::make_unique<RSECC>(gf, t, -1, false, 0);
   for (int i = 0; i < n; ++i) out[i] = in[i] == 1 ? one : zero;
   const int result = rsecc->decode(out, n, tLimit, nullptr);
   for (int i = 0; i < n; ++i) out[i] = out[i] == one ? 1 : 0;
@@ -452,10 +449,11 @@ int BCH::decodeForSmallT(int* in, int* out, int tLimit) {
 }
 
 void BCH::injectHardErrors(int* in, int* out, int numErrors, long& seed) {
-  std::copy(in, in + n, out);
   // Positions are drawn until an unflipped one comes up, so the flips are
   // distinct; with numErrors > n no free position would remain and the
-  // draw never ends.
+  // draw would never end.
+  if (numErrors > n) fatal("injectHardErrors: more errors than the word has bits.");
+  std::copy(in, in + n, out);
   for (int e = 0; e < numErrors; ++e) {
     int p;
     do {

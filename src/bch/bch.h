@@ -101,7 +101,8 @@ class BCH {
   BchEngine* packedEngine() const { return engine.get(); }
 
   // out = in with numErrors distinct bits flipped at positions drawn from
-  // ran1(&seed); numErrors must not exceed n.
+  // ran1(&seed); numErrors above n is fatal (nothing is written, the seed
+  // is untouched), and 0 or less copies the word.
   void injectHardErrors(int* in, int* out, int numErrors, long& seed);
 
  protected:
@@ -110,8 +111,10 @@ class BCH {
   int k;
   int t;
   int b;
+  // The three arrays live in the storage vectors below; the pointers are
+  // views into them.
   int* genPoly;  // n-k+1 bits, degree order
-  RSECC* rsecc;
+  std::unique_ptr<RSECC> rsecc;
   int parity;      // overall parity of the last word whose syndromes were computed; -1 before
   int* syndromes;  // n-k entries (at least 5), the first 2t of them computed; zero when fresh
   int* lambda;     // 2t+1 entries, the last locator of decodeBCH; zero when fresh
@@ -129,6 +132,7 @@ class BCH {
   void plainBMA(int* S, int* Lambda, int tLimit);
   int plainChienSearch(int* locator, int* word, int d);
 
+  std::vector<int> genPolyStorage, syndromeStorage, lambdaStorage;
   std::unique_ptr<BchEngine> engine;
   std::vector<uint8_t> packedMessage, packedParity;
   std::vector<int> errorPositions;

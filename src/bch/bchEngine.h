@@ -78,7 +78,8 @@ class BchEngine {
   bool remainderIsZero() const;
   void locatorOf(const int* S, int tLimit, bool squaredSyndromes, int* lambda);
 
-  int n, k, r, t, b;
+  int n, k, r, t;
+  [[maybe_unused]] int b;  // kept with the configuration; the engine's paths do not depend on it
   std::shared_ptr<const FieldTables> fieldTables;
   std::shared_ptr<const GeneratorRemainder> dividerTables;
   const FieldTables& field;

@@ -57,7 +57,7 @@ class LocatorRoots {
   void traceModulo(int k, uint16_t* out);
 
   const FieldTables& field;
-  int t;
+  [[maybe_unused]] int t;  // the largest locator degree; the buffers are sized from it at construction
   int d = 0;
   std::vector<uint16_t> monic;      // Lambda / lambda_d
   std::vector<int32_t> squareLogs;  // log of Q_j = x^(2j) mod Lambda, j = 0..d-1, d entries each

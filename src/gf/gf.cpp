@@ -8,10 +8,7 @@
 #include <iostream>
 #include <vector>
 
-GF::~GF() {
-  delete[] exp2IntTable;
-  delete[] int2ExpTable;
-}
+GF::~GF() = default;
 
 int GF::add(int a, int /*b*/) { return a; }
 
@@ -20,14 +17,14 @@ int GF::multiply(int a, int /*b*/) { return a; }
 void GF::getExp2Components(int** /*components*/, int /*rows*/, int /*cols*/) {}
 
 void GF::getExp2IntConversionTable(int* dst, int /*size*/) const {
-  std::copy(exp2IntTable, exp2IntTable + N, dst);
+  std::copy(exp2IntTable.get(), exp2IntTable.get() + N, dst);
 }
 
 void GF::getInt2ExpConversionTable(int* dst, int /*size*/) const {
-  std::copy(int2ExpTable, int2ExpTable + N, dst);
+  std::copy(int2ExpTable.get(), int2ExpTable.get() + N, dst);
 }
 
-void GF::getPP(int* dst, int deg) const { std::copy(PP, PP + deg + 1, dst); }
+void GF::getPP(int* dst, int deg) const { std::copy(PP.get(), PP.get() + deg + 1, dst); }
 
 int GF::multInverse(int a) const { return (N - 1 - a) % (N - 1); }
 

@@ -13,6 +13,8 @@
 // through the virtual add() and multiply(), so it holds for any subclass.
 #pragma once
 
+#include <memory>
+
 class GF {
  public:
   GF() = default;
@@ -72,10 +74,10 @@ class GF {
   // which it returns (zero when the register's lead was zero).
   int divisionStep(int* rem, const int* p, int degP, int next);
 
-  int* exp2IntTable = nullptr;
-  int* int2ExpTable = nullptr;
+  std::unique_ptr<int[]> exp2IntTable;
+  std::unique_ptr<int[]> int2ExpTable;
   int m = 0;
   int degP = 0;
   int N = 0;
-  int* PP = nullptr;  // owned by the subclass
+  std::unique_ptr<int[]> PP;  // the field polynomial, filled by the subclass
 };

@@ -31,11 +31,11 @@ GF2m::GF2m(int m_, const int* p, int degP_, const char* tableFile) {
   m = m_;
   degP = degP_;
   N = 1 << m;
-  PP = new int[degP + 1];
-  std::copy(p, p + degP + 1, PP);
+  PP.reset(new int[degP + 1]);
+  std::copy(p, p + degP + 1, PP.get());
   checkPolynomial(p);
-  exp2IntTable = new int[N]();
-  int2ExpTable = new int[N]();
+  exp2IntTable.reset(new int[N]());
+  int2ExpTable.reset(new int[N]());
   if (!tableFile || !readPowersFromFile(tableFile)) computePowers(p);
   finishTables();
   selfCheck();
@@ -45,11 +45,11 @@ GF2m::GF2m(int m_, const int* p, int degP_, const int* exp2Table, int tableLengt
   m = m_;
   degP = degP_;
   N = 1 << m;
-  PP = new int[degP + 1];
-  std::copy(p, p + degP + 1, PP);
+  PP.reset(new int[degP + 1]);
+  std::copy(p, p + degP + 1, PP.get());
   checkPolynomial(p);
-  exp2IntTable = new int[N]();
-  int2ExpTable = new int[N]();
+  exp2IntTable.reset(new int[N]());
+  int2ExpTable.reset(new int[N]());
   if (exp2Table && tableLength >= N - 1) {
     for (int i = 0; i < N - 1; ++i)
       exp2IntTable[i] = (exp2Table[i] >= 0 && exp2Table[i] < N) ? exp2Table[i] : 0;
@@ -64,15 +64,15 @@ GF2m::GF2m(GF2m* other) {
   m = other->getM();
   N = other->getN();
   degP = other->getdegP();
-  PP = new int[m + 1];
-  other->getPP(PP, m);
-  exp2IntTable = new int[N];
-  int2ExpTable = new int[N];
-  other->getExp2IntConversionTable(exp2IntTable, N);
-  other->getInt2ExpConversionTable(int2ExpTable, N);
+  PP.reset(new int[m + 1]);
+  other->getPP(PP.get(), m);
+  exp2IntTable.reset(new int[N]);
+  int2ExpTable.reset(new int[N]);
+  other->getExp2IntConversionTable(exp2IntTable.get(), N);
+  other->getInt2ExpConversionTable(int2ExpTable.get(), N);
 }
 
-GF2m::~GF2m() { delete[] PP; }
+GF2m::~GF2m() = default;
 
 GF* GF2m::clone() { return new GF2m(this); }
 
@@ -118,7 +118,7 @@ bool GF2m::readPowersFromFile(const char* tableFile) {
   for (int i = 0; i < N - 1; ++i) {
     long long v = 0;
     if (!(in >> v)) {
-      std::fill(exp2IntTable + i, exp2IntTable + N - 1, 0);
+      std::fill(exp2IntTable.get() + i, exp2IntTable.get() + N - 1, 0);
       break;
     }
     exp2IntTable[i] = (v >= 0 && v < N) ? static_cast<int>(v) : 0;

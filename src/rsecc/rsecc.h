@@ -12,7 +12,9 @@
 // erasure locator) -> Chien search -> Forney, with the locator accepted only
 // when its degree equals its number of roots. Beyond t, decodeBeyondBchBound
 // and listDecode recover one further error by continuing the Berlekamp-Massey
-// iteration over two hypothesised syndromes (see rsecc.cpp for the method).
+// iteration over two hypothesised syndromes (see rsBeyondBound.cpp for
+// the method): the first decodes to the unique nearest codeword within t+1
+// symbols, the second lists every codeword within t+1.
 #pragma once
 
 #include <memory>
@@ -83,13 +85,20 @@ class RSECC {
   int fullValidityCheckErrorLocator(const int* lambda, int count, const int* S);
   int isValidSyndromes(const int* S, int tUse);
 
-  // Beyond the bound: what decode() corrects, and otherwise tUse+1 errors
-  // when exactly one codeword lies at that distance; 1 on success (cw
-  // rewritten), 0 otherwise (cw untouched). b0 must be 0 or 1.
+  // Beyond the bound, a bounded-distance decoder of radius tUse+1 (tUse
+  // after the limits of decode(), at least 1; n below q) that refuses ties:
+  // it returns 1 and writes c exactly when c is the one codeword nearest to
+  // the word and lies within tUse+1 symbols of it. Otherwise (no codeword
+  // within tUse+1, or two or more at distance tUse+1 and none closer) it
+  // returns 0 and leaves cw untouched. Within tUse symbols the nearest
+  // codeword is always unique, so this is decode() there. With maskInput the
+  // word and c are taken with the mask added, and cw keeps the mask. b0 must
+  // be 0 or 1.
   int decodeBeyondBchBound(int* cw, int n, int tUse, const int* mask);
-  // All codewords within tUse+1 errors of the word, written to
+  // All codewords within tUse+1 symbols of the word, written to
   // list[i][0..n-1]: the one decode() reaches, if any, then those at exactly
-  // tUse+1 errors; at most min(maxList, 4t). Returns their number.
+  // tUse+1; complete whenever there are at most min(maxList, 4t) of them,
+  // otherwise the first that many found. Returns their number.
   int listDecode(const int* cw, int n, int tUse, const int* mask, int** list, int maxList);
   // Continues an inversionless Berlekamp-Massey state (Lambda, B, gamma, L
   // after nKnown steps) by one step per entry of deltas that is not -1, each
@@ -128,7 +137,6 @@ class RSECC {
                                  const int* B, int len, int gamma, int L, const int deltas[2],
                                  std::vector<int>& error, std::vector<int>& locator);
 
-  int reservedState = 0;
   std::unique_ptr<GF> gf;  // private copy of the caller's field
   int t = 0;
   int nParity = 0;

@@ -1,12 +1,19 @@
-// Fuzz target: FlashBCH::decode_au on arbitrary received blocks under
-// arbitrary valid layouts.
+// Fuzz target: FlashBCH::decode_au on arbitrary received blocks under a
+// spread of valid layouts.
 //
-// A layout: 1 .. 4 codewords, t in 0 .. 128, bypass, byte-aligned parity,
-// tDecode in -1 .. t+1 (above t is capped to t), lengthUnit 0 or 1 .. 128,
-// placement 0 or 1. Data lengths run from 1 to 1024 bits (256 for t above
-// 16): long enough to reach every path of the adapter, and every such code
-// fits GF(2^15) (k + 15t stays far below 32767). One FlashBCH is configured
-// again and again, as a host does.
+// A layout: 1 .. 4 codewords of 1 .. 256 data bits, t in 0 .. 8 (one
+// layout in 32: 9 .. 128 with up to two codewords), bypass, byte-aligned
+// parity, tDecode in -1 .. t+1 (above t is capped to t), lengthUnit 0 or
+// 1 .. 128, placement 0 or 1: enough to reach every path of the adapter
+// (whole and partial bytes, fill before and after the data), and every such
+// code fits GF(2^15).
+//
+// Building a layout's codes costs a hundred times more than decoding with
+// them, and libFuzzer picks the input to mutate from its whole corpus, so a
+// layout drawn freely from the input would almost never meet a configured
+// codec again. The input therefore picks one of kLayouts layouts, each
+// drawn once from its own fixed seed and configured on first use; the
+// fuzzer's search goes into the blocks.
 //
 // Each layout decodes two received blocks: one encoded here from
 // input-derived data with at most tDecode flipped bits in each codeword
@@ -24,6 +31,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <numeric>
 #include <vector>
 
@@ -42,23 +50,61 @@ struct Layout {
   int placement = 0;
 };
 
-Layout drawLayout(FuzzedDataProvider& in) {
+constexpr int kLayouts = 64;
+
+// Marsaglia's xorshift32: layouts from their seeds, long data from a few
+// input bytes.
+class XorShift {
+ public:
+  explicit XorShift(uint32_t seed) : s_(seed | 1u) {}
+  uint32_t next() {
+    s_ ^= s_ << 13;
+    s_ ^= s_ >> 17;
+    s_ ^= s_ << 5;
+    return s_;
+  }
+  int bit() { return static_cast<int>(next() >> 31); }
+  int inRange(int lo, int hi) { return lo + static_cast<int>(next() % static_cast<uint32_t>(hi - lo + 1)); }
+
+ private:
+  uint32_t s_;
+};
+
+Layout layoutNumber(int index) {
+  XorShift draw(0x9E3779B9u * static_cast<uint32_t>(index + 1));
+  for (int warmUp = 0; warmUp < 4; ++warmUp) draw.next();
   Layout l;
   // A code's cost grows with t (its generator, encoder, syndromes and
-  // search), so most layouts keep t small and data up to 1024 bits; one in
-  // 64 takes t anywhere in 0 .. 128, with up to two codewords of up to 256
-  // bits, which still reaches every path while one input stays near 0.1 s
-  // under the sanitizers.
-  const bool wideT = in.ConsumeIntegralInRange<int>(0, 63) == 0;
-  l.t = wideT ? in.ConsumeIntegralInRange<int>(0, 128) : in.ConsumeIntegralInRange<int>(0, 16);
-  l.lengths.resize(static_cast<size_t>(in.ConsumeIntegralInRange<int>(1, wideT ? 2 : 4)));
-  for (int& len : l.lengths) len = in.ConsumeIntegralInRange<int>(1, wideT ? 256 : 1024);
-  l.bypass = in.ConsumeIntegralInRange<int>(0, 7) == 0;
-  l.byteAlign = in.ConsumeBool();
-  l.tDecode = in.ConsumeIntegralInRange<int>(-1, l.t + 1);
-  l.lengthUnit = in.ConsumeBool() ? 0 : in.ConsumeIntegralInRange<int>(1, 128);
-  l.placement = in.ConsumeIntegralInRange<int>(0, 1);
+  // search), so wide t comes with at most two codewords.
+  const bool wideT = index % 32 == 31;
+  l.t = wideT ? draw.inRange(9, 128) : draw.inRange(0, 8);
+  l.lengths.resize(static_cast<size_t>(draw.inRange(1, wideT ? 2 : 4)));
+  for (int& len : l.lengths) len = draw.inRange(1, 256);
+  l.bypass = draw.inRange(0, 7) == 0;
+  l.byteAlign = draw.bit();
+  l.tDecode = draw.inRange(-1, l.t + 1);
+  l.lengthUnit = draw.bit() ? 0 : draw.inRange(1, 128);
+  l.placement = draw.bit();
   return l;
+}
+
+// Layout number index and its configured codec, both made on first use.
+struct Configured {
+  Layout layout;
+  std::unique_ptr<FlashBCH> codec;
+};
+
+Configured& configured(int index) {
+  static std::vector<Configured> all(kLayouts);
+  Configured& c = all[static_cast<size_t>(index)];
+  if (!c.codec) {
+    c.layout = layoutNumber(index);
+    c.codec = std::make_unique<FlashBCH>();
+    std::vector<int> lengths = c.layout.lengths;
+    c.codec->init(static_cast<int>(lengths.size()), lengths.data(), c.layout.t, c.layout.bypass,
+                  c.layout.byteAlign, c.layout.tDecode, c.layout.lengthUnit, c.layout.placement);
+  }
+  return c;
 }
 
 // The decoder's real error limit after init's mending of tDecode.
@@ -67,21 +113,6 @@ int effectiveTDecode(const Layout& l) { return l.tDecode == -1 || l.tDecode > l.
 FUZZ_NOT_INSTRUMENTED bool allBits(const std::vector<int>& v) {
   return std::all_of(v.begin(), v.end(), [](int b) { return b == 0 || b == 1; });
 }
-
-// Marsaglia's xorshift32, to stretch a few input bytes into long data.
-class BitStream {
- public:
-  explicit BitStream(uint32_t seed) : s_(seed | 1u) {}
-  int next() {
-    s_ ^= s_ << 13;
-    s_ ^= s_ >> 17;
-    s_ ^= s_ << 5;
-    return static_cast<int>(s_ >> 31);
-  }
-
- private:
-  uint32_t s_;
-};
 
 // Decodes one received block and checks what holds for any block; sent is
 // the encoded data when the block is within tDecode errors per codeword.
@@ -117,23 +148,22 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   return 0;
 }
 
-// Building the codes dominates the cost of an input, so each layout serves
-// two blocks: one within the limit, one of arbitrary bits.
+// Each layout serves two blocks: one within the limit, one of arbitrary bits.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static FlashBCH codec;
   FuzzedDataProvider in(data, size);
-  const Layout l = drawLayout(in);
-  std::vector<int> lengths = l.lengths;
+  Configured& c = configured(in.ConsumeIntegralInRange<int>(0, kLayouts - 1));
+  const Layout& l = c.layout;
+  FlashBCH& codec = *c.codec;
+  const std::vector<int>& lengths = l.lengths;
   const int n = static_cast<int>(lengths.size());
-  codec.init(n, lengths.data(), l.t, l.bypass, l.byteAlign, l.tDecode, l.lengthUnit, l.placement);
   const int stored = codec.get_parity_length();
   const int totalData = std::accumulate(lengths.begin(), lengths.end(), 0);
   const int blockLen = totalData + n * stored;
   const int tEff = effectiveTDecode(l);
 
   std::vector<int> sent(static_cast<size_t>(totalData)), received(static_cast<size_t>(blockLen));
-  BitStream bits(in.ConsumeIntegral<uint32_t>());
-  for (int& b : sent) b = bits.next();
+  XorShift bits(in.ConsumeIntegral<uint32_t>());
+  for (int& b : sent) b = bits.bit();
   codec.encode_au(sent.data(), received.data());
   for (int i = 0, start = 0; i < n; start += lengths[static_cast<size_t>(i)] + stored, ++i) {
     const int span = lengths[static_cast<size_t>(i)] + stored;

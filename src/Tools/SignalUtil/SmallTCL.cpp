@@ -1,26 +1,7 @@
-// Ring buffer of one signal and the banks' consistency check; see SmallTCL.h.
+// Ring buffer of one signal; see SmallTCL.h.
 #include "Tools/SignalUtil/SmallTCL.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#ifdef __GLIBC__
-#include <cerrno>
-#endif
-
-namespace signal_util {
-
-void assertion_failed(const char* source, int line, const char* function, const char* expression) {
-  std::fflush(stdout);
-#ifdef __GLIBC__
-  std::fprintf(stderr, "%s: ", program_invocation_short_name);
-#endif
-  std::fprintf(stderr, "%s:%d: %s: Assertion `%s' failed.\n", source, line, function, expression);
-  std::fflush(stderr);
-  std::abort();
-}
-
-}  // namespace signal_util
 
 namespace {
 const char* const kSourcePath = "Tools/SignalUtil/SmallTCL.cpp";

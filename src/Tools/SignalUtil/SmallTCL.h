@@ -3,22 +3,15 @@
 // sits in slot (head - lag) mod size, so a look-back costs one index
 // computation and pushing never moves data.
 //
-// The file also carries the consistency check shared by the signal banks: a
-// failed check prints the C library's assertion report naming the source file
-// and aborts, in every build type, because a bank read with an impossible
-// index is a caller bug that would otherwise return garbage.
+// The file also names the consistency check the signal banks use (see
+// Tools/failedCheck.h).
 #pragma once
 
 #include <memory>
 
-namespace signal_util {
+#include "Tools/failedCheck.h"
 
-[[noreturn]] void assertion_failed(const char* source, int line, const char* function, const char* expression);
-
-}  // namespace signal_util
-
-#define SIGNAL_UTIL_CHECK(source, condition, text) \
-  ((condition) ? void(0) : ::signal_util::assertion_failed(source, __LINE__, __PRETTY_FUNCTION__, text))
+#define SIGNAL_UTIL_CHECK(source, condition, text) TOOLS_CHECK(source, condition, text)
 
 template <class T>
 class Buffer {
