@@ -22,7 +22,7 @@ TEST(CommandErrors, RefusedWithTheCulpritNamed) {
     std::string args, message;
   } cases[] = {
       {"frobnicate --t 3",
-       "flashbch: unknown command 'frobnicate' (the commands are simulate, encode, decode, info, uber)"},
+       "flashbch: unknown command 'frobnicate' (the commands are simulate, encode, decode, info, uber, nand, ldpc)"},
       // A FIFO without a writer would block the open, /dev/zero never ends.
       {"encode --layout 1x8 --t 1 pipe -o image.bin",
        "flashbch encode: pipe: not a regular file; the input must be a regular file"},
