@@ -112,11 +112,6 @@ TEST_F(Gf16, DecodeBCH) {
   EXPECT_EQ(out, in);
   EXPECT_EQ(syndromes(t2, 1), V{9});
   EXPECT_EQ(lambda(t2, 2), (V{0, 9}));
-  for (int i = 0; i < 15; ++i) {
-    in = flipped(cw, {i});
-    EXPECT_EQ(t2.decodeBCH(in.data(), out.data(), -1), 1);
-    EXPECT_EQ(out, cw);
-  }
   V constant = {0, Z, Z, Z, Z}, word = V(15, 0);
   EXPECT_EQ(t2.chienSearch(constant.data(), word.data()), 0);
   EXPECT_EQ(word, V(15, 0));
