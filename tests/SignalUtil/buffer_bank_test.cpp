@@ -146,6 +146,8 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   bank.push(5, three, 1);     // unknown signal: ignored
   // bank[1] is the first ring of the vector signal
   EXPECT_EQ(std::vector<int>({bank[0][0], bank[1][0], bank[1][1]}), std::vector<int>({10, 10, 12}));
+  bank.push(0, block, 1, 2);  // signal 0 takes blocks too
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(0, 0, 0), bank.get_sig_lat(0, 1, 0)}), std::vector<int>({11, 10}));
 }
 
 TEST(BufferBank, ResizeCopyAndCompare) {
