@@ -91,14 +91,11 @@ TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
 
 TEST(FixedPoint, WorkedQuantisationCases) {
   struct Case { int w, scale; const char* mode; double x, want; bool ovf; };
+  // Wider registers than the model's: the 8-bit edges, and the 32-bit word,
+  // which saturates before it wraps; width 0 does not quantise.
   const Case cases[] = {
-      {8, 0, "slr", 127.6, 127, true},   {8, 0, "slr", -128.4, -128, false},
-      {8, 0, "ulr", -3, 0, true},        {8, 0, "sor", 130, -126, true},
-      {8, 0, "sor", 127, 127, false},    {8, 0, "slz", -2.5, -3, false},
-      {8, 0, "slr", -2.5, -2, false},    {8, 0, "sot", -2.5, -3, false},
-      {4, -2, "stm", -0.1, -0.0, false}, {4, -2, "stm", -3, -1.75, true},
-      {32, 0, "sor", 1e10, 2147483647, false},  // the 32-bit word saturates before wrapping
-      {0, 5, "slr", 1.0 / 3, 1.0 / 3, false},
+      {8, 0, "slr", 127.6, 127, true}, {8, 0, "slr", -128.4, -128, false}, {8, 0, "sor", 130, -126, true},
+      {32, 0, "sor", 1e10, 2147483647, false}, {0, 5, "slr", 1.0 / 3, 1.0 / 3, false},
   };
   for (const Case& c : cases) {
     FixedPoint f(c.w, c.scale, c.mode);
