@@ -40,6 +40,8 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   EXPECT_EQ(std::vector<int>({bank.get_buf_len(0), bank.get_sig_t(0, 1, 0), bank.get_push_cnt(0)}),
             std::vector<int>({5, 0, 0}));
   EXPECT_EQ(bank.get_sig_t(1, 1, 1), 8);  // the other signal is untouched
+  bank.reset_buf_onesig(1, 2);  // same length: every component cleared in place
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(1, 1, 0), bank.get_sig_t(1, 1, 1)}), std::vector<int>({0, 0}));
 
   SignalBank<int> copy(bank);
   EXPECT_TRUE(copy == bank);
