@@ -118,6 +118,7 @@ TEST(FixedPoint, ModeLettersAndFormatKey) {
   EXPECT_EQ(FixedPoint(8, 0, "slr").get_format_key(), 50331676u);
   EXPECT_EQ(FixedPoint(12, -4, "sozm").get_format_key(), 58589207u);
   EXPECT_EQ(FixedPoint(0, 0, "ulT").get_format_key(), 33554440u);
+  EXPECT_EQ(FixedPoint().get_val(), 0.0);
   EXPECT_EQ(FixedPoint(8, -1, "ulr").get_max(), 127.5);
   EXPECT_EQ(FixedPoint(8, -1, "slr").get_min(), -64);
   EXPECT_EQ(FixedPoint(8, -1, "slrc").get_min(), -63.5);
@@ -259,6 +260,7 @@ TEST(FixedPoint, RegistersLongerThan32BitsUse64BitWords) {
   const double big = std::ldexp(1.0, 35) + 3;
   f = big;
   EXPECT_EQ(std::make_tuple(f.get_val(), f.get_word(), f.get_overflow()), std::make_tuple(big, big, false));
+  EXPECT_EQ(f.left_shift(-3), std::ldexp(1.0, 32));  // a positive word shifts in zeros
   f = std::ldexp(1.0, 39) + 5;  // wraps to -2^39 + 5
   EXPECT_EQ(std::make_pair(f.get_val(), f.get_overflow()), std::make_pair(-std::ldexp(1.0, 39) + 5, true));
   EXPECT_EQ(f.get_unsigned_word(32), 0x80000000u);  // top 32 of the 40 bits
