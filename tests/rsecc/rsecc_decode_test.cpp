@@ -55,6 +55,15 @@ TEST(RseccDecode, ErrorsAndErasuresWithinTheBound) {
       }
     }
   }
+  // Erasure lists it cannot use (too long, outside the word) are refused, the word untouched.
+  GF2m f = field(4);
+  RSECC rs(&f, 2, -1, false, 0);
+  const V r = corrupt(randomCodeword(rs, f, 15, rng), f, 1, rng);
+  for (const V& erased : {V{0, 1, 2, 3, 4}, V{15}, V{-1}}) {
+    V w = r;
+    EXPECT_EQ(rs.decodeErrorAndErasure(w.data(), 15, erased.data(), int(erased.size()), -1, nullptr), 0);
+    EXPECT_EQ(w, r);
+  }
 }
 
 TEST(RseccDecode, LocatorSearchesAgreeAndErasureFreePathEqualsDecode) {
