@@ -67,8 +67,9 @@ const ShuffleReference kRan2Reference{40014, 2147483563, 40692, 2147483399, 0, 0
 TEST(ShuffledUniforms, FollowTheirComponentSequences) {
   for (const Gen* gen : {&kRan1, &kRan2, &kRan2Moded}) {
     ShuffleReference ref = gen == &kRan1 ? kRan1Reference : kRan2Reference;
-    long seed = -12345;
-    ref.restart(12345);
+    // From 1, ran1's 1286th deviate would exceed the largest value it hands out.
+    long seed = -1;
+    ref.restart(1);
     for (int call = 0; call < 3000; ++call) {
       const double u = (*gen)(&seed);
       ASSERT_NO_FATAL_FAILURE(ref.check(u, seed)) << "call " << call;
