@@ -1,7 +1,6 @@
 // Fixed-point numbers: every mode of a 6-bit register against an integer
 // model written here, then the worked cases, word accessors, text forms,
 // statistics, format checks and the 64-bit words of long registers.
-#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <sstream>

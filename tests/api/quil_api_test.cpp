@@ -1,7 +1,6 @@
 // The exported C interface as a host sees it: lifecycle, layout, the test
 // channel, and the calls that are made safe outside the calling order (the
 // coding itself is compared with the reference in the differential test).
-#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <random>

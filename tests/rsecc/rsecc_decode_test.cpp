@@ -3,8 +3,6 @@
 // locator searches, and the validity tests and their messages.
 #include <algorithm>
 #include <random>
-#include <set>
-#include <string>
 #include <tuple>
 #include <vector>
 
