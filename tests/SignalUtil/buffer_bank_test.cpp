@@ -146,6 +146,8 @@ TEST(BufferBank, PushVariantsAndFifoEdges) {
   bank.push(5, three, 1);     // unknown signal: ignored
   // bank[1] is the first ring of the vector signal
   EXPECT_EQ(std::vector<int>({bank[0][0], bank[1][0], bank[1][1]}), std::vector<int>({10, 10, 12}));
+  bank.push(0, block, 1, 2);  // signal 0 takes blocks too
+  EXPECT_EQ(std::vector<int>({bank.get_sig_lat(0, 0, 0), bank.get_sig_lat(0, 1, 0)}), std::vector<int>({11, 10}));
 }
 
 TEST(BufferBank, ResizeCopyAndCompare) {
@@ -186,10 +188,10 @@ TEST(BufferBank, ChecksAbortWithTheirTexts) {
   EXPECT_EQ(bank.get_sig_id("v"), 1);
 }
 
-// a: 3 samples kept; x: a 3-vector keeping 2; h: not printed but the longest;
+// a_signal: 3 samples kept, a name 12 columns hold; x: a 3-vector keeping 2; h: not printed but the longest;
 // abcdefghi: a 2-vector keeping 1, with a name too wide for 12 columns.
 BufferBank<double> printBank() {
-  BufferBankParam p = makeParam("bb", {"a", "x", "h", "abcdefghi"}, {1, 3, 1, 2}, {3, 2, 5, 1});
+  BufferBankParam p = makeParam("bb", {"a_signal", "x", "h", "abcdefghi"}, {1, 3, 1, 2}, {3, 2, 5, 1});
   p.pFlag[2] = false;
   BufferBank<double> bank(p);
   const double a[] = {1.5, 2.25, 3.125};
@@ -209,15 +211,15 @@ TEST(BufferBankPrint, OneFilePerSignal) {
   qfbtest::ScratchDir dir;
   const BufferBank<double> bank = printBank();
   bank.print_to_file(false, false, -1);
-  EXPECT_EQ(readFile("bb_a.txt"), "3.125 \n2.25 \n1.5 \n");
+  EXPECT_EQ(readFile("bb_a_signal.txt"), "3.125 \n2.25 \n1.5 \n");
   EXPECT_EQ(readFile("bb_x.txt"), "7 8 9 \n4 5 6 \n");
   EXPECT_EQ(readFile("bb_abcdefghi.txt"), "0.123456 -1e-07 \n");
   EXPECT_FALSE(std::filesystem::exists("bb_h.txt"));
   bank.print_to_file(true, true, 2);
-  EXPECT_EQ(readFile("bb_a.txt"), "3.125 \n2.25 \n1.5 \n2.25 \n3.125 \n");
+  EXPECT_EQ(readFile("bb_a_signal.txt"), "3.125 \n2.25 \n1.5 \n2.25 \n3.125 \n");
   EXPECT_EQ(readFile("bb_x.txt"), "7 8 9 \n4 5 6 \n4 5 6 \n7 8 9 \n");
   bank.print_to_file(false, true, -1);
-  EXPECT_EQ(readFile("bb_a.txt"), "1.5 \n2.25 \n3.125 \n");
+  EXPECT_EQ(readFile("bb_a_signal.txt"), "1.5 \n2.25 \n3.125 \n");
 
   BufferBank<bool> flags(makeParam("f", {"b"}, {2}, {2}));
   const bool on[2] = {true, false};
@@ -239,7 +241,7 @@ TEST(BufferBankPrint, AllSignalsInOneFileWithHeader) {
                     middle = pad("2.25", 12) + pad("4", 12) + pad("5", 12) + pad("6", 12) + gap14 + "\n";
   const std::string expected =
       "Column: 6\tRow(noHeader): 5\tHeader_en: 1\n" +
-      pad("a", 12) + pad("x", 9) + "[0]" + pad("x", 9) + "[1]" + pad("x", 9) + "[2]" + pad("abcdefghi", 11) + "[0]" +
+      pad("a_signal", 12) + pad("x", 9) + "[0]" + pad("x", 9) + "[1]" + pad("x", 9) + "[2]" + pad("abcdefghi", 11) + "[0]" +
       pad("abcdefghi", 11) + "[1]\n" + newest + middle + pad("1.5", 12) + gap12 + gap14 + "\n" +
       gap12 + gap12 + gap14 + "\n" + gap12 + gap12 + gap14 + "\n";
   EXPECT_EQ(readFile("bb.txt"), expected);

@@ -25,6 +25,7 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   const int pair[2] = {7, 8};
   bank.push(1, pair, 1);  // only the first component written
   bank.set_sig(1, pair, 2);
+  EXPECT_EQ(std::vector<int>({bank.get_sig(1), bank.get_sig(5)}), std::vector<int>({0, 0}));  // no scalar there
   bank.push();
   EXPECT_EQ(std::vector<int>({bank.get_sig_t(1, 0, 0), bank.get_sig_t(1, 0, 1), bank.get_sig_t(1, 1, 1)}),
             std::vector<int>({7, 0, 8}));
@@ -39,6 +40,8 @@ TEST(SignalBank, RecordsUntilFullAndRewinds) {
   EXPECT_EQ(std::vector<int>({bank.get_buf_len(0), bank.get_sig_t(0, 1, 0), bank.get_push_cnt(0)}),
             std::vector<int>({5, 0, 0}));
   EXPECT_EQ(bank.get_sig_t(1, 1, 1), 8);  // the other signal is untouched
+  bank.reset_buf_onesig(1, 2);  // same length: every component cleared in place
+  EXPECT_EQ(std::vector<int>({bank.get_sig_t(1, 1, 0), bank.get_sig_t(1, 1, 1)}), std::vector<int>({0, 0}));
 
   SignalBank<int> copy(bank);
   EXPECT_TRUE(copy == bank);

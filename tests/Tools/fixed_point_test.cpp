@@ -1,7 +1,6 @@
 // Fixed-point numbers: every mode of a 6-bit register against an integer
 // model written here, then the worked cases, word accessors, text forms,
 // statistics, format checks and the 64-bit words of long registers.
-#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <sstream>
@@ -91,14 +90,11 @@ TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
 
 TEST(FixedPoint, WorkedQuantisationCases) {
   struct Case { int w, scale; const char* mode; double x, want; bool ovf; };
+  // Wider registers than the model's: the 8-bit edges, and the 32-bit word,
+  // which saturates before it wraps; width 0 does not quantise.
   const Case cases[] = {
-      {8, 0, "slr", 127.6, 127, true},   {8, 0, "slr", -128.4, -128, false},
-      {8, 0, "ulr", -3, 0, true},        {8, 0, "sor", 130, -126, true},
-      {8, 0, "sor", 127, 127, false},    {8, 0, "slz", -2.5, -3, false},
-      {8, 0, "slr", -2.5, -2, false},    {8, 0, "sot", -2.5, -3, false},
-      {4, -2, "stm", -0.1, -0.0, false}, {4, -2, "stm", -3, -1.75, true},
-      {32, 0, "sor", 1e10, 2147483647, false},  // the 32-bit word saturates before wrapping
-      {0, 5, "slr", 1.0 / 3, 1.0 / 3, false},
+      {8, 0, "slr", 127.6, 127, true}, {8, 0, "slr", -128.4, -128, false}, {8, 0, "sor", 130, -126, true},
+      {32, 0, "sor", 1e10, 2147483647, false}, {0, 5, "slr", 1.0 / 3, 1.0 / 3, false},
   };
   for (const Case& c : cases) {
     FixedPoint f(c.w, c.scale, c.mode);
@@ -121,6 +117,7 @@ TEST(FixedPoint, ModeLettersAndFormatKey) {
   EXPECT_EQ(FixedPoint(8, 0, "slr").get_format_key(), 50331676u);
   EXPECT_EQ(FixedPoint(12, -4, "sozm").get_format_key(), 58589207u);
   EXPECT_EQ(FixedPoint(0, 0, "ulT").get_format_key(), 33554440u);
+  EXPECT_EQ(FixedPoint().get_val(), 0.0);
   EXPECT_EQ(FixedPoint(8, -1, "ulr").get_max(), 127.5);
   EXPECT_EQ(FixedPoint(8, -1, "slr").get_min(), -64);
   EXPECT_EQ(FixedPoint(8, -1, "slrc").get_min(), -63.5);
@@ -262,6 +259,7 @@ TEST(FixedPoint, RegistersLongerThan32BitsUse64BitWords) {
   const double big = std::ldexp(1.0, 35) + 3;
   f = big;
   EXPECT_EQ(std::make_tuple(f.get_val(), f.get_word(), f.get_overflow()), std::make_tuple(big, big, false));
+  EXPECT_EQ(f.left_shift(-3), std::ldexp(1.0, 32));  // a positive word shifts in zeros
   f = std::ldexp(1.0, 39) + 5;  // wraps to -2^39 + 5
   EXPECT_EQ(std::make_pair(f.get_val(), f.get_overflow()), std::make_pair(-std::ldexp(1.0, 39) + 5, true));
   EXPECT_EQ(f.get_unsigned_word(32), 0x80000000u);  // top 32 of the 40 bits

@@ -1,9 +1,7 @@
 // Saturating LLR arithmetic, the Jacobian logarithm and the XOR LLR rules,
 // checked against the worked values and against direct evaluations of the
 // underlying formulas.
-#include <cfloat>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <random>
 #include <vector>

@@ -113,6 +113,7 @@ TEST(MFile, MessagesForMisuseAndUnopenableFiles) {
     lost.StartCollecting("v", 1);
     EXPECT_TRUE(lost.IsCollecting("v"));
     M_file mf("w", 6, 4, &err);
+    EXPECT_FALSE(mf.IsCollecting("u"));
     mf.Append("u", 1.5);
     double r0[] = {1};
     double* rows[] = {r0};

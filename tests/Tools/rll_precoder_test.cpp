@@ -106,7 +106,8 @@ TEST(RllPrecoder, InsertBfPostcodeFillsListedPositions) {
   std::mt19937 rng(5);
   Precoder p(kDicode, 3);
   const int blocks = 35, inLen = 33 * blocks, outLen = 35 * blocks;
-  const Bits in = randomBits(rng, inLen);
+  Bits in = randomBits(rng, inLen);
+  in.back() = 1;
   Bits expected;
   for (int b = 0; b < blocks; ++b) {
     expected.insert(expected.end(), in.begin() + 33 * b, in.begin() + 33 * b + 33);
@@ -122,6 +123,13 @@ TEST(RllPrecoder, InsertBfPostcodeFillsListedPositions) {
     EXPECT_EQ(out, expected) << swapped;
     EXPECT_EQ(list, given);
   }
+  // With 69 positions (only the input length regular) the list is walked as
+  // given: an out-of-order entry just past its end is not swapped in.
+  std::vector<int> list = parityPositions(blocks);
+  list[69] = outLen - 3;
+  Bits out(outLen - 1, -1);
+  p.InsertBfPostcode(in.data(), inLen, out.data(), outLen - 1, list.data());
+  EXPECT_EQ(out, Bits(expected.begin(), expected.end() - 1));
 }
 
 TEST(RllPrecoder, DummyPositionsGoInAndOut) {

@@ -3,11 +3,10 @@
 // plain shift-and-reduce, without the library's field tables.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <numeric>
-#include <random>
 #include <vector>
+
+#include "support/differential.h"
 
 namespace qfbtest {
 
@@ -56,20 +55,6 @@ inline bool isCodeword(const std::vector<int>& word, int t) {
   for (int s : syndromesOf(word, 2 * t))
     if (s) return false;
   return true;
-}
-
-inline std::vector<int> randomBits(std::mt19937& rng, size_t n) {
-  std::vector<int> v(n);
-  for (int& x : v) x = static_cast<int>(rng() & 1);
-  return v;
-}
-
-// Flips min(count, length) distinct bits of word[0 .. length).
-inline void flipDistinct(std::mt19937& rng, int* word, int length, int count) {
-  std::vector<int> pos(length);
-  std::iota(pos.begin(), pos.end(), 0);
-  std::shuffle(pos.begin(), pos.end(), rng);
-  for (int e = 0; e < std::min(count, length); ++e) word[pos[e]] ^= 1;
 }
 
 }  // namespace qfbtest

@@ -1,6 +1,6 @@
 // The exported C interface as a host sees it: lifecycle, layout, the test
-// channel, and the calls that are made safe outside the calling order.
-#include <algorithm>
+// channel, and the calls that are made safe outside the calling order (the
+// coding itself is compared with the reference in the differential test).
 #include <cmath>
 #include <filesystem>
 #include <random>
@@ -93,36 +93,6 @@ TEST_F(QuilApi, ParityLengthsAndLayoutChecks) {
   }
 }
 
-TEST_F(QuilApi, BlockRoundTripWithErrorsAndPadding) {
-  ASSERT_EQ(quilCreateFlashBCH(), 0);
-  V lengths{100, 200, 64};
-  const int t = 5;
-  ASSERT_EQ(quilInitializeFlashBCH(3, lengths.data(), t), 0);
-  const int stored = quilGetParityLength();
-  ASSERT_EQ(stored, 80);
-  std::mt19937 rng(2024);
-  for (int trial = 0; trial < 20; ++trial) {
-    V data = randomBits(rng, 364), block(364 + 3 * stored), out(364, -1);
-    ASSERT_EQ(quilEncodeBCH(data.data(), block.data()), 0);
-    // Each codeword: data, then parity making a codeword, then zero padding.
-    // The noisy copy gets up to t flips anywhere (data, parity or padding)
-    // and random padding, which must still decode.
-    V noisy = block;
-    for (size_t i = 0, cw = 0, d = 0; i < lengths.size(); cw += lengths[i] + stored, d += lengths[i], ++i) {
-      const int len = lengths[i];
-      EXPECT_TRUE(std::equal(data.begin() + d, data.begin() + d + len, block.begin() + cw));
-      EXPECT_TRUE(qfbtest::isCodeword(V(block.begin() + cw, block.begin() + cw + len + 15 * t), t));
-      EXPECT_EQ(std::count(block.begin() + cw + len + 15 * t, block.begin() + cw + len + stored, 0), stored - 15 * t);
-      qfbtest::flipDistinct(rng, noisy.data() + cw, len + stored, int(rng() % (t + 1)));
-      for (int p = len + 15 * t; p < len + stored; ++p) noisy[cw + p] ^= int(rng() & 1);
-    }
-    ASSERT_EQ(quilDecodeBCH(block.data(), out.data()), 0);
-    EXPECT_EQ(out, data);
-    ASSERT_EQ(quilDecodeBCH(noisy.data(), out.data()), 0) << trial;
-    EXPECT_EQ(out, data);
-  }
-}
-
 TEST_F(QuilApi, RandomBitsFollowTheTwisterStream) {
   V a(1000), b(1000), c(1000);
   quilGenerateRandomBits(a.data(), 1000, 77);  // works before creation
@@ -132,9 +102,6 @@ TEST_F(QuilApi, RandomBitsFollowTheTwisterStream) {
   EXPECT_EQ(a, b);
   std::mt19937 reference(77);
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(a[i], reference() > 0x80000000u ? 1 : 0) << i;
-  const int ones = std::count(a.begin(), a.end(), 1);
-  EXPECT_GT(ones, 400);
-  EXPECT_LT(ones, 600);
 }
 
 TEST_F(QuilApi, GaussianChannel) {
@@ -158,18 +125,6 @@ TEST_F(QuilApi, GaussianChannel) {
     EXPECT_NEAR(out[i], (1 - 2 * bits[i]) + 2 * a * x2 * std::sqrt(-2 * std::log(s) / s), 1e-12) << i;
   }
 
-  const int n = 100000;
-  V zeros(n, 0);
-  std::vector<double> samples(n);
-  quilAddGaussianNoise(zeros.data(), samples.data(), n, 0.0, 99);
-  double mean = 0, var = 0;
-  for (double s : samples) mean += s;
-  mean /= n;
-  for (double s : samples) var += (s - mean) * (s - mean);
-  var /= n - 1;
-  // Standard error of the mean is 2/sqrt(n) ~ 0.0063; of the deviation ~0.0045.
-  EXPECT_NEAR(mean, 1.0, 0.03);
-  EXPECT_NEAR(std::sqrt(var), 2.0, 0.025);
 }
 
 TEST_F(QuilApi, SwapNeedsNoInstance) {

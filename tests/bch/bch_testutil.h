@@ -12,6 +12,7 @@
 #include "bch/bch.h"
 #include "gf/exp2Int15.h"
 #include "gf/gf2m.h"
+#include "support/differential.h"
 #include "support/testutil.h"
 
 namespace bchtest {
@@ -58,18 +59,11 @@ inline bool hasRoots(GF& f, const std::vector<int>& word, int first, int count) 
   return true;
 }
 
-inline std::vector<int> randomBits(std::mt19937& rng, int n) {
-  std::vector<int> v(n);
-  for (int& x : v) x = static_cast<int>(rng() & 1);
-  return v;
-}
+using qfbtest::randomBits;
 
 // The word with min(count, size) distinct bits flipped.
 inline std::vector<int> withErrors(std::mt19937& rng, std::vector<int> word, int count) {
-  std::vector<int> positions(word.size());
-  std::iota(positions.begin(), positions.end(), 0);
-  std::shuffle(positions.begin(), positions.end(), rng);
-  for (int i = 0; i < count && i < static_cast<int>(word.size()); ++i) word[positions[i]] ^= 1;
+  qfbtest::flipDistinct(rng, word.data(), static_cast<int>(word.size()), count);
   return word;
 }
 

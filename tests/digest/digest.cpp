@@ -79,7 +79,7 @@ class InputStream {
   int below(int n) { return static_cast<int>(next() % static_cast<uint32_t>(n)); }
   int bit() { return static_cast<int>(next() >> 31); }
   std::vector<int> bits(int n) {
-    std::vector<int> v(static_cast<size_t>(n));
+    std::vector<int> v(n);
     for (int& b : v) b = bit();
     return v;
   }
@@ -93,31 +93,22 @@ std::unique_ptr<GF2m> codecField() {
   return std::make_unique<GF2m>(15, p.data(), 15, exp2Int15.data(), kExp2Int15Size);
 }
 
-std::vector<int> exp2Table(const GF& f) {
-  std::vector<int> t(static_cast<size_t>(f.getN()));
+// Both conversion tables of a field, exponent -> integer first.
+void addTables(Digest& d, const GF& f) {
+  std::vector<int> t(f.getN());
   f.getExp2IntConversionTable(t.data(), f.getN());
-  return t;
-}
-
-std::vector<int> int2Table(const GF& f) {
-  std::vector<int> t(static_cast<size_t>(f.getN()));
+  d.add(t);
   f.getInt2ExpConversionTable(t.data(), f.getN());
-  return t;
+  d.add(t);
 }
 
-void storedCodecField(Digest& d) {
-  const auto f = codecField();
-  d.add(exp2Table(*f));
-  d.add(int2Table(*f));
-}
+void storedCodecField(Digest& d) { addTables(d, *codecField()); }
 
 // Every degree with its tables computed from p(x) rather than stored.
 void computedFields(Digest& d) {
   for (int m = qfbtest::kMinFieldDegree; m <= qfbtest::kMaxFieldDegree; ++m) {
     const std::vector<int> p = qfbtest::primitivePolynomial(m);
-    GF2m f(m, p.data(), m, static_cast<const char*>(nullptr));
-    d.add(exp2Table(f));
-    d.add(int2Table(f));
+    addTables(d, GF2m(m, p.data(), m, static_cast<const char*>(nullptr)));
   }
 }
 
@@ -137,9 +128,9 @@ void fieldElementOps(Digest& d) {
 }
 
 std::vector<int> randomPoly(InputStream& in, const GF& f, int deg) {
-  std::vector<int> p(static_cast<size_t>(deg + 1));
+  std::vector<int> p(deg + 1);
   for (int& c : p) c = in.below(f.getN());
-  p[static_cast<size_t>(deg)] = in.below(f.getN() - 1);  // nonzero top coefficient
+  p[deg] = in.below(f.getN() - 1);  // nonzero top coefficient
   return p;
 }
 
@@ -154,10 +145,10 @@ void fieldPolynomialOps(Digest& d) {
     for (int trial = 0; trial < 64; ++trial) {
       const int degA = 1 + in.below(40), degB = 1 + in.below(degA);
       const std::vector<int> a = randomPoly(in, *f, degA), b = randomPoly(in, *f, degB);
-      std::vector<int> prod(static_cast<size_t>(degA + degB + 1));
+      std::vector<int> prod(degA + degB + 1);
       polyMult(f, a.data(), degA, b.data(), degB, prod.data());
       d.add(prod);
-      std::vector<int> quot(static_cast<size_t>(degA + 1)), rem(static_cast<size_t>(degB + 1));
+      std::vector<int> quot(degA + 1), rem(degB + 1);
       int degQ = 0, degR = 0;
       longDivision(f, a.data(), degA, b.data(), degB, quot.data(), degQ, rem.data(), degR);
       d.add(degQ);
@@ -169,7 +160,7 @@ void fieldPolynomialOps(Digest& d) {
 
       const int nSymbols = 1 + in.below(32);
       const std::vector<int> bits = in.bits(nSymbols * f->getM());
-      std::vector<int> symbols(static_cast<size_t>(nSymbols)), back(bits.size());
+      std::vector<int> symbols(nSymbols), back(bits.size());
       bitStream2symbolStream(f, bits.data(), static_cast<int>(bits.size()), symbols.data(), nSymbols);
       symbolStream2bitStream(f, symbols.data(), nSymbols, back.data(), static_cast<int>(back.size()));
       d.add(symbols);
@@ -194,7 +185,7 @@ void bitUtilities(Digest& d) {
 
     const int n = 1 + in.below(700);
     const std::vector<int> data = in.bits(n);
-    std::vector<int> symbols(static_cast<size_t>(n)), out(static_cast<size_t>(n));
+    std::vector<int> symbols(n), out(n);
     const int sw = 1 + in.below(16);
     d.add(bits2symbols(data.data(), symbols.data(), n, sw));
     d.add(symbols.data(), n / sw);
@@ -239,7 +230,7 @@ void flashBlocks(Digest& d, bool decoded) {
     const int parity = quilGetParityLength();
     int total = 0;
     for (int len : lengths) total += len;
-    std::vector<int> data(static_cast<size_t>(total)), block(static_cast<size_t>(total + n * parity));
+    std::vector<int> data(total), block(total + n * parity);
     quilGenerateRandomBits(data.data(), total, seed++);
     d.add(quilEncodeBCH(data.data(), block.data()));
     if (!decoded) {
@@ -250,11 +241,11 @@ void flashBlocks(Digest& d, bool decoded) {
     }
     // Codeword i gets i + t - 1 flips: the first ones stay within t, the
     // last go beyond it.
-    for (int i = 0, start = 0; i < n; start += lengths[static_cast<size_t>(i)] + parity, ++i) {
-      const int span = lengths[static_cast<size_t>(i)] + parity;
-      for (int f = 0; f < i + layout.t - 1; ++f) block[static_cast<size_t>(start + in.below(span))] ^= 1;
+    for (int i = 0, start = 0; i < n; start += lengths[i] + parity, ++i) {
+      const int span = lengths[i] + parity;
+      for (int f = 0; f < i + layout.t - 1; ++f) block[start + in.below(span)] ^= 1;
     }
-    std::vector<int> out(static_cast<size_t>(total));
+    std::vector<int> out(total);
     d.add(quilDecodeBCH(block.data(), out.data()));
     d.add(out);
   }
@@ -308,20 +299,20 @@ void bchCodec(Digest& d) {
     const int k = 200 + in.below(600);
     BCH code(&f, 0, t, 1, k);
     const int n = k + 15 * t;
-    std::vector<int> msg = in.bits(k), cw(static_cast<size_t>(n) + 15, 0);
+    std::vector<int> msg = in.bits(k), cw(n + 15, 0);
     code.encode(msg.data(), cw.data());
     d.add(cw.data(), n);
     for (int errors = 0; errors <= t + 2; ++errors) {
-      std::vector<int> rx(cw.begin(), cw.begin() + n), out(static_cast<size_t>(n) + 15, 0);
-      for (int e = 0; e < errors; ++e) rx[static_cast<size_t>(in.below(n))] ^= 1;
+      std::vector<int> rx(cw.begin(), cw.begin() + n), out(n + 15, 0);
+      for (int e = 0; e < errors; ++e) rx[in.below(n)] ^= 1;
       d.add(code.decode(rx.data(), out.data(), false, -1));
       d.add(out.data(), n);
       if (t <= 3) {
-        std::vector<int> small(static_cast<size_t>(n) + 15, 0);
+        std::vector<int> small(n + 15, 0);
         d.add(code.decodeForSmallT(rx.data(), small.data(), -1));
         d.add(small.data(), n);
       }
-      std::vector<int> rs(static_cast<size_t>(n) + 15, 0);
+      std::vector<int> rs(n + 15, 0);
       d.add(code.decodeRS(rx.data(), rs.data(), -1));
       d.add(rs.data(), n);
     }
@@ -338,13 +329,13 @@ void reedSolomonCodec(Digest& d) {
     for (int t : {1, 4, 8}) {
       RSECC code(&f, t, -1, false, b0);
       const int n = 255 - in.below(100), k = n - 2 * t;
-      std::vector<int> msg(static_cast<size_t>(k)), cw(static_cast<size_t>(n));
+      std::vector<int> msg(k), cw(n);
       for (int& s : msg) s = in.below(256);
       code.encode(msg.data(), k, cw.data(), n);
       d.add(cw);
       for (int errors = 0; errors <= t + 1; ++errors) {
         std::vector<int> rx = cw;
-        for (int e = 0; e < errors; ++e) rx[static_cast<size_t>(in.below(n))] = in.below(256);
+        for (int e = 0; e < errors; ++e) rx[in.below(n)] = in.below(256);
         std::vector<int> plain = rx;
         d.add(code.decode(plain.data(), n, -1, nullptr));
         d.add(plain);
@@ -372,7 +363,7 @@ void lineCodes(Digest& d) {
   std::vector<int> words = in.bits(30 * 64), cws(31 * 64), back(30 * 64);
   code.block_encode(words.data(), cws.data(), 64, false);
   d.add(cws);
-  for (int i = 0; i < 200; ++i) cws[static_cast<size_t>(in.below(31 * 64))] ^= 1;
+  for (int i = 0; i < 200; ++i) cws[in.below(31 * 64)] ^= 1;
   code.block_decode(cws.data(), back.data(), 64, false);
   d.add(back);
 }

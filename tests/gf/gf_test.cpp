@@ -120,7 +120,7 @@ TEST(GfPrimitive, AgreesWithTheLiteralOrderTest) {
   for (unsigned mask : {0x7u, 0xbu}) {
     auto f = gftest::field(mask);
     const int q = f->getN();
-    for (int deg = 2; deg <= (q == 4 ? 3 : 2); ++deg) {
+    for (int deg = 1; deg <= (q == 4 ? 3 : 2); ++deg) {
       std::vector<int> poly(deg + 1, 0);
       for (int code = 0; code < int(std::pow(q, deg)); ++code) {
         for (int i = 1, c = code; i <= deg; ++i, c /= q) poly[i] = c % q;
@@ -132,9 +132,9 @@ TEST(GfPrimitive, AgreesWithTheLiteralOrderTest) {
       }
     }
   }
-  // phi(15)/2 = 4 over GF(4) at degree 2, phi(63)/3 = 12 at degree 3,
-  // phi(63)/2 = 18 over GF(8) at degree 2.
-  EXPECT_EQ(primitiveCount, 4 + 12 + 18);
+  // phi(3) = 2 and phi(7) = 6 at degree 1, phi(15)/2 = 4 over GF(4) at
+  // degree 2, phi(63)/3 = 12 at degree 3, phi(63)/2 = 18 over GF(8) at degree 2.
+  EXPECT_EQ(primitiveCount, 2 + 6 + 4 + 12 + 18);
 }
 
 TEST_F(GfPoly, IrreducibleIsTheRootTest) {

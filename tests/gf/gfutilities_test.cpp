@@ -28,7 +28,7 @@ TEST_F(GfUtil, WorkedValues) {
   EXPECT_EQ(V(sum, sum + 4), (V{f.add(0, 2), f.add(1, 3), 4, 5}));
   // (1 + x)(1 + x + x^3) = 1 + x^2 + x^3 + x^4 over GF(2)
   const int b1[] = {1, 1}, b2[] = {1, 1, 0, 1};
-  int prod[5];
+  int prod[5] = {7, 7, 7, 7, 7};  // every entry is written
   polyMultGF2(b1, 1, b2, 3, prod);
   EXPECT_EQ(V(prod, prod + 5), (V{1, 0, 1, 1, 1}));
 }

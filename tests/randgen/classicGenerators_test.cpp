@@ -67,8 +67,9 @@ const ShuffleReference kRan2Reference{40014, 2147483563, 40692, 2147483399, 0, 0
 TEST(ShuffledUniforms, FollowTheirComponentSequences) {
   for (const Gen* gen : {&kRan1, &kRan2, &kRan2Moded}) {
     ShuffleReference ref = gen == &kRan1 ? kRan1Reference : kRan2Reference;
-    long seed = -12345;
-    ref.restart(12345);
+    // From 1, ran1's 1286th deviate would exceed the largest value it hands out.
+    long seed = -1;
+    ref.restart(1);
     for (int call = 0; call < 3000; ++call) {
       const double u = (*gen)(&seed);
       ASSERT_NO_FATAL_FAILURE(ref.check(u, seed)) << "call " << call;
@@ -206,26 +207,6 @@ TEST(Deviates, GaussianPairsExponentialAndSkewNormal) {
   for (int i = 0; i < 1000; ++i) ASSERT_NEAR(std::exp(-e[i]), u[i], 1e-15);
 }
 
-// The skew-normal law itself, independently of the formula above: mean
-// delta*sqrt(2/pi), variance 1 - 2 delta^2/pi, and one-sided at delta = +-1.
-TEST(Deviates, SkewNormalMomentsAndSupport) {
-  constexpr int n = 100000;
-  const double pi = std::acos(-1.0);
-  for (const float delta : {0.6f, 1.0f, -1.0f}) {
-    long seed = -99;
-    double sum = 0, sum2 = 0;
-    for (int i = 0; i < n; ++i) {
-      const double x = skewedNormal(delta, &seed);
-      ASSERT_TRUE(std::fabs(delta) < 1 || x * delta >= 0) << delta << ": " << x;
-      sum += x, sum2 += x * x;
-    }
-    const double mean = sum / n, variance = sum2 / n - mean * mean, want = 1 - 2 * delta * delta / pi;
-    // Five standard errors; the variance bound allows a kurtosis up to 9.
-    EXPECT_NEAR(mean, delta * std::sqrt(2 / pi), 5 * std::sqrt(want / n)) << delta;
-    EXPECT_NEAR(variance, want, 5 * want * std::sqrt(8.0 / n)) << delta;
-  }
-}
-
 TEST(GasdevState, FilesRoundTrip) {
   qfbtest::ScratchDir dir;
   long seed;
@@ -277,42 +258,26 @@ TEST(GasdevState, FilesRoundTrip) {
 }
 
 // The gamma-function family and the error function against the standard
-// library and closed forms of P(a, x) for integer and half-integer a.
-TEST(GammaErf, GammlnMatchesLgamma) {
-  for (double x = 0.05; x < 180; x *= 1.1) {
-    const double expected = std::lgamma(x);
-    ASSERT_NEAR(gammln(x), expected, 1e-10 * std::fmax(1.0, std::fabs(expected))) << x;
-  }
-}
-
-TEST(GammaErf, GammpMatchesClosedForms) {
-  struct Case {
-    double a;
-    std::function<double(double)> p;
-  };
-  const Case cases[] = {
+// library and closed forms of P(a, x) for integer and half-integer a (the
+// grid straddles x = a + 1, where the series hands over to the fraction).
+TEST(GammaErf, MatchTheStandardLibraryAndClosedForms) {
+  for (double x = 0.05; x < 180; x *= 1.1)
+    ASSERT_NEAR(gammln(x), std::lgamma(x), 1e-10 * std::fmax(1.0, std::fabs(std::lgamma(x)))) << x;
+  const std::pair<double, std::function<double(double)>> closedForms[] = {
       {0.5, [](double x) { return std::erf(std::sqrt(x)); }},
       {1.0, [](double x) { return 1 - std::exp(-x); }},
       {2.0, [](double x) { return 1 - std::exp(-x) * (1 + x); }},
       {3.0, [](double x) { return 1 - std::exp(-x) * (1 + x + x * x / 2); }},
   };
-  // The grid straddles x = a + 1, where the series hands over to the fraction.
-  for (const Case& c : cases)
-    for (double x = 0.0; x <= 30.0; x += 0.05) ASSERT_NEAR(gammp(c.a, x), c.p(x), 1e-7) << c.a << ", " << x;
-}
-
-TEST(GammaErf, ErffMatchesErf) {
+  for (const auto& [a, p] : closedForms)
+    for (double x = 0.05; x <= 30.0; x += 0.05) ASSERT_NEAR(gammp(a, x), p(x), 1e-7) << a << ", " << x;
   EXPECT_EQ(erff(0.0), 0.0);
   for (double x = 0.01; x <= 6.0; x += 0.01) {
     ASSERT_NEAR(erff(x), std::erf(x), 1e-7) << x;
     ASSERT_EQ(erff(-x), -erff(x)) << x;
   }
-  EXPECT_EQ(erff(HUGE_VAL), 1.0);
-  EXPECT_EQ(erff(-HUGE_VAL), -1.0);
-}
-
-TEST(GammaErf, ErfinvInvertsErf) {
-  // Both branches of the first guess, their seam at 0.7, and deep into the tails.
+  EXPECT_EQ(std::make_pair(erff(HUGE_VAL), erff(-HUGE_VAL)), std::make_pair(1.0, -1.0));
+  // Both branches of erfinv's first guess, their seam at 0.7, and the tails.
   for (double y = -0.99999; y <= 0.99999; y += 0.00037) ASSERT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
   for (double y : {-0.7, 0.7, 1 - 1e-9, -1 + 1e-9}) EXPECT_NEAR(std::erf(erfinv(y)), y, 1e-7) << y;
   EXPECT_EQ(erfinv(1.0), 3.4028234663852886e+38);  // FLT_MAX
@@ -330,6 +295,7 @@ TEST(GammaErf, OddArgumentsAndNonConvergence) {
   const std::string invalid = "Invalid arguments in routine gammp\n";
   const Case cases[] = {
       {1.0, 2.0, ""},
+      {1.0, 0.0, ""},
       {1.0, -1.0, invalid.c_str()},
       {-1.0, 1.0, invalid.c_str()},
       {0.0, 5.0, invalid.c_str()},

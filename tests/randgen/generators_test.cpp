@@ -136,22 +136,6 @@ TEST(RandomNumberGenerator, UniformAndNormalOnScriptedDraws) {
   }
 }
 
-TEST(RandomNumberGenerator, MomentsOfLongRuns) {
-  constexpr int n = 200000;
-  MT_Rand_Gen g(2024u);
-  double su = 0, suu = 0, sn = 0, snn = 0;
-  for (int i = 0; i < n; ++i) {
-    const double u = g.uniform(), z = g.normal();
-    ASSERT_TRUE(u >= 0.0 && u < 1.0);
-    su += u, suu += u * u, sn += z, snn += z * z;
-  }
-  // Five standard errors: var(u) = 1/12, var(u^2) = 4/45, var(z^2) = 2.
-  EXPECT_NEAR(su / n, 0.5, 5 * std::sqrt(1.0 / 12 / n));
-  EXPECT_NEAR(suu / n, 1.0 / 3, 5 * std::sqrt(4.0 / 45 / n));
-  EXPECT_NEAR(sn / n, 0.0, 5 * std::sqrt(1.0 / n));
-  EXPECT_NEAR(snn / n, 1.0, 5 * std::sqrt(2.0 / n));
-}
-
 struct Kind {
   const char* name;
   std::function<std::unique_ptr<Random_Number_Generator>(unsigned int)> make;

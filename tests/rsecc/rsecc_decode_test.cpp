@@ -1,10 +1,8 @@
-// Error and erasure decoding of RSECC: the worked GF(16) examples, exhaustive
-// and randomised correction within the designed bound, agreement between the
+// Error and erasure decoding of RSECC: the worked GF(16) examples, randomised
+// correction within the designed bound, agreement between the
 // locator searches, and the validity tests and their messages.
 #include <algorithm>
 #include <random>
-#include <set>
-#include <string>
 #include <tuple>
 #include <vector>
 
@@ -23,26 +21,6 @@ TEST(RseccDecode, WorkedExampleOfOneSymbolCode) {
     V w = {0, 14, 0, 7, 9};
     EXPECT_EQ(rs.decode(w.data(), 5, tUse, nullptr), 1);
     EXPECT_EQ(w, (V{0, tUse ? 0 : 14, 0, 7, 9}));
-  }
-}
-
-// Both positions run over the whole word and both values over the whole
-// field (zero included), so every pattern of at most two errors occurs.
-TEST(RseccDecode, EveryPatternOfUpToTwoErrorsInGf16) {
-  GF2m f = field(4);
-  std::mt19937 rng(11);
-  for (int b0 : {0, 1}) {
-    RSECC rs(&f, 2, 4, false, b0);
-    const V cw = randomCodeword(rs, f, 15, rng);
-    for (int i = 0; i < 15; ++i)
-      for (int j = i + 1; j < 15; ++j)
-        for (int v = 0; v < 256; ++v) {
-          V r = cw;
-          r[i] = f.add(r[i], v % 16);
-          r[j] = f.add(r[j], v / 16);
-          ASSERT_EQ(rs.decode(r.data(), 15, -1, nullptr), 1);
-          ASSERT_EQ(r, cw) << "b0=" << b0 << " positions " << i << "," << j << " values " << v;
-        }
   }
 }
 
@@ -74,6 +52,15 @@ TEST(RseccDecode, ErrorsAndErasuresWithinTheBound) {
         ASSERT_EQ(plain, cw);
       }
     }
+  }
+  // Erasure lists it cannot use (too long, outside the word) are refused, the word untouched.
+  GF2m f = field(4);
+  RSECC rs(&f, 2, -1, false, 0);
+  const V r = corrupt(randomCodeword(rs, f, 15, rng), f, 1, rng);
+  for (const V& erased : {V{0, 1, 2, 3, 4}, V{15}, V{-1}}) {
+    V w = r;
+    EXPECT_EQ(rs.decodeErrorAndErasure(w.data(), 15, erased.data(), int(erased.size()), -1, nullptr), 0);
+    EXPECT_EQ(w, r);
   }
 }
 

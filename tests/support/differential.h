@@ -1,10 +1,13 @@
-// Helpers of the randomised differential tests: how many rounds to run and
-// random choices biased towards the shapes that matter.
+// Helpers of the randomised tests: how many rounds to run, random choices
+// biased towards the shapes that matter, random bit words and flips.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
 #include <random>
+#include <vector>
 
 namespace qfbtest {
 
@@ -33,6 +36,20 @@ inline int randomT(std::mt19937& rng) {
   if (kind < 5) return uniformInt(rng, 1, 12);
   if (kind < 8) return uniformInt(rng, 13, 48);
   return uniformInt(rng, 49, 128);
+}
+
+inline std::vector<int> randomBits(std::mt19937& rng, size_t n) {
+  std::vector<int> v(n);
+  for (int& x : v) x = static_cast<int>(rng() & 1);
+  return v;
+}
+
+// Flips min(count, length) distinct bits of word[0 .. length).
+inline void flipDistinct(std::mt19937& rng, int* word, int length, int count) {
+  std::vector<int> pos(length);
+  std::iota(pos.begin(), pos.end(), 0);
+  std::shuffle(pos.begin(), pos.end(), rng);
+  for (int e = 0; e < std::min(count, length); ++e) word[pos[e]] ^= 1;
 }
 
 }  // namespace qfbtest
