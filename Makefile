@@ -3,9 +3,10 @@
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 CMAKE_ARGS ?=
-BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind
+BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind \
+             pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib
 
-.PHONY: deps configure build run test bench clean
+.PHONY: deps configure build run test python bench clean
 
 deps:
 	@./scripts/deps.sh $(BUILD_DEPS)
@@ -21,6 +22,10 @@ run: build
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+# The Python module alone: PYTHONPATH=$(BUILD)/python imports it.
+python: configure
+	cmake --build $(BUILD) -j $(JOBS) --target python_module
 
 bench: deps
 	@./scripts/deps.sh libbenchmark-dev
