@@ -82,15 +82,14 @@ class Bch {
       r.data = newBytes(d.data(), dataBytes_);
       r.parity = newBytes(p.data(), parityBytes_);
     }
-    r.errorPositions.resize(static_cast<size_t>(t()));
+    int positions[flashbch::kMaxT];
     {
       py::gil_scoped_release unlocked;
-      const quil::DecodeResult result =
-          pool_.borrow()->decode(bytesData(r.data), bytesData(r.parity), r.errorPositions.data());
+      const quil::DecodeResult result = pool_.borrow()->decode(bytesData(r.data), bytesData(r.parity), positions);
       r.status = static_cast<flashbch::CodewordStatus>(result.status);
       r.correctedBits = result.correctedBits;
     }
-    r.errorPositions.resize(static_cast<size_t>(r.correctedBits));
+    r.errorPositions.assign(positions, positions + r.correctedBits);
     return r;
   }
 
