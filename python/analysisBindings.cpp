@@ -6,11 +6,11 @@
 #include <pybind11/stl.h>
 
 #include <cmath>
-#include <variant>
 #include <vector>
 
 #include "bindings.h"
 #include "blockLayout.h"
+#include "bufferArgs.h"
 #include "codeFacts.h"
 #include "sweep.h"
 #include "usageError.h"
@@ -19,16 +19,8 @@ namespace qfbpy {
 
 namespace {
 
-using Layout = std::variant<std::string, std::vector<int>>;
-
-flashbch::BlockLayout analysisLayout(const Layout& layout, int t) {
-  std::string text;
-  if (const auto* given = std::get_if<std::string>(&layout)) {
-    text = *given;
-  } else {
-    for (int k : std::get<std::vector<int>>(layout)) text += (text.empty() ? "" : ",") + std::to_string(k);
-  }
-  return flashbch::makeLayout(flashbch::parseLayout(text), t, false);
+flashbch::BlockLayout analysisLayout(const LayoutArg& layout, int t) {
+  return flashbch::makeLayout(flashbch::parseLayout(layoutText(layout)), t, false);
 }
 
 // f(layout, rber) for each rate, as 10^f or f itself (log10=True, which
@@ -56,7 +48,7 @@ py::object overRates(const flashbch::BlockLayout& layout, const py::object& rber
 void bindAnalysis(py::module_& m) {
   m.def(
       "analytic_fer",
-      [](const Layout& layout, int t, const py::object& rber, bool log10) {
+      [](const LayoutArg& layout, int t, const py::object& rber, bool log10) {
         return overRates(analysisLayout(layout, t), rber, log10, flashbch::log10BlockFailureRate);
       },
       py::arg("layout"), py::arg("t"), py::arg("rber"), py::arg("log10") = false, R"doc(
@@ -68,7 +60,7 @@ P(X > t), X ~ Binomial(k + 15t, rber). log10=True returns log10 of it,
 which stays finite below 1e-308.)doc");
   m.def(
       "uber",
-      [](const Layout& layout, int t, const py::object& rber, bool log10) {
+      [](const LayoutArg& layout, int t, const py::object& rber, bool log10) {
         return overRates(analysisLayout(layout, t), rber, log10, flashbch::log10Uber);
       },
       py::arg("layout"), py::arg("t"), py::arg("rber"), py::arg("log10") = false, R"doc(

@@ -38,6 +38,13 @@ void ByteBuffer::requireRows(std::int64_t rows, std::int64_t columns, const std:
                           " are needed (one per codeword of data)");
 }
 
+std::string layoutText(const LayoutArg& layout) {
+  if (const auto* text = std::get_if<std::string>(&layout)) return *text;
+  std::string text;
+  for (int k : std::get<std::vector<int>>(layout)) text += (text.empty() ? "" : ",") + std::to_string(k);
+  return text;
+}
+
 int threadCount(int threads) {
   if (threads == 0) return static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
   if (threads < 1 || threads > 1024)

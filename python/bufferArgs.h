@@ -13,10 +13,17 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <variant>
+#include <vector>
 
 namespace qfbpy {
 
 namespace py = pybind11;
+
+// A layout as Python gives it: the command line's --layout text, or a list
+// of data bit counts; as --layout text.
+using LayoutArg = std::variant<std::string, std::vector<int>>;
+std::string layoutText(const LayoutArg& layout);
 
 class ByteBuffer {
  public:

@@ -5,7 +5,6 @@
 #include <pybind11/stl.h>
 
 #include <optional>
-#include <variant>
 #include <vector>
 
 #include "bindings.h"
@@ -34,18 +33,10 @@ struct PageResult {
   flashbch::ImageSummary summary;
 };
 
-BlockLayout layoutOf(const std::variant<std::string, std::vector<int>>& layout, int t) {
-  if (const auto* text = std::get_if<std::string>(&layout)) return flashbch::makeLayout(flashbch::parseLayout(*text), t, true);
-  const auto& bits = std::get<std::vector<int>>(layout);
-  std::string text;
-  for (int k : bits) text += (text.empty() ? "" : ",") + std::to_string(k);
-  return flashbch::makeLayout(flashbch::parseLayout(text), t, true);
-}
-
 class FlashCodec {
  public:
-  FlashCodec(const std::variant<std::string, std::vector<int>>& layout, int t, int byteSwap, int bitSwap)
-      : layout_(layoutOf(layout, t)), order_{byteSwap, bitSwap}, pool_([this] {
+  FlashCodec(const LayoutArg& layout, int t, int byteSwap, int bitSwap)
+      : layout_(flashbch::makeLayout(flashbch::parseLayout(layoutText(layout)), t, true)), order_{byteSwap, bitSwap}, pool_([this] {
           return std::make_unique<PageCodec>(layout_, order_);
         }) {
     flashbch::checkBitOrder(order_, layout_);
@@ -168,7 +159,7 @@ Calls release the GIL and may come from several Python threads; threads=
 shares the blocks of one call among worker threads (0: every core).
 Raises ValueError with the command line's message for a bad layout, t,
 swap, threshold or partial block.)doc")
-      .def(py::init<const std::variant<std::string, std::vector<int>>&, int, int, int>(), py::arg("layout"),
+      .def(py::init<const LayoutArg&, int, int, int>(), py::arg("layout"),
            py::arg("t"), py::arg("byte_swap") = 0, py::arg("bit_swap") = 0)
       .def_property_readonly("layout", [](const FlashCodec& c) { return c.layout().describe(); })
       .def_property_readonly("data_bits", [](const FlashCodec& c) { return c.layout().dataBits; })
