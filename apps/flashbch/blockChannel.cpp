@@ -1,57 +1,105 @@
 #include "blockChannel.h"
 
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
 #include "errorStatistics.h"
-#include "randgen/randgen.h"
 
 namespace flashbch {
 
-double Channel::rawBitErrorRate() const {
-  return kind == ChannelKind::Awgn ? hardDecisionErrorRate(testChannelSigma(parameter)) : parameter;
-}
-
-std::int64_t Channel::transmit(const int* sent, int* received, std::int64_t n, Random_Number_Generator& rng) const {
-  std::int64_t flips = 0;
-  if (kind == ChannelKind::Awgn) {
-    const double sigma = testChannelSigma(parameter);
-    for (std::int64_t i = 0; i < n; ++i) {
-      const double sample = (1 - 2 * sent[i]) + sigma * rng.normal();
-      received[i] = sample < 0.0 ? 1 : 0;
-      flips += received[i] != sent[i];
-    }
-  } else {
-    for (std::int64_t i = 0; i < n; ++i) {
-      const bool flip = rng.uniform() < parameter;
-      received[i] = flip ? 1 - sent[i] : sent[i];
-      flips += flip;
-    }
+void appendBernoulliErrors(int first, int n, double p, double logKeep, RandomStream& rng,
+                           std::vector<int>& positions) {
+  if (!(p > 0.0)) return;
+  double at = first - 1.0;
+  for (;;) {
+    at += std::floor(std::log(rng.uniformPositive()) / logKeep) + 1.0;
+    if (at >= n) return;
+    positions.push_back(static_cast<int>(at));
   }
-  return flips;
 }
 
-const char* channelName(ChannelKind kind) { return kind == ChannelKind::Awgn ? "awgn" : "bsc"; }
+double Channel::logWeight(int n, int w) const { return logBinomialProbability(n, w, rawBitErrorRate()); }
 
-const char* channelParameterName(ChannelKind kind) { return kind == ChannelKind::Awgn ? "snr_db" : "rber"; }
+void Channel::sampleErrorsOfWeight(int n, int w, RandomStream& rng, std::vector<int>& positions) const {
+  // Floyd: for j = n-w .. n-1 add a uniform r <= j, or j itself when r is
+  // already in; every w-subset comes out with probability 1 / C(n, w).
+  thread_local std::vector<std::uint64_t> taken;
+  taken.assign((static_cast<size_t>(n) + 63) / 64, 0);
+  positions.clear();
+  for (int j = n - w; j < n; ++j) {
+    int r = static_cast<int>(rng.below(static_cast<std::uint64_t>(j) + 1));
+    if (taken[r >> 6] >> (r & 63) & 1) r = j;
+    taken[r >> 6] |= std::uint64_t{1} << (r & 63);
+    positions.push_back(r);
+  }
+  std::sort(positions.begin(), positions.end());
+}
 
 namespace {
 
-// SplitMix64 finaliser: a bijection on 64-bit words whose every output bit
-// depends on every input bit.
-std::uint64_t mix64(std::uint64_t z) {
-  z += 0x9E3779B97F4A7C15ull;
-  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-  z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-  return z ^ (z >> 31);
-}
+class BinarySymmetric : public Channel {
+ public:
+  BinarySymmetric(ChannelKind kind, double parameter, double p)
+      : kind_(kind), parameter_(parameter), p_(p), logKeep_(std::log1p(-p)) {}
+  ChannelKind kind() const override { return kind_; }
+  double parameter() const override { return parameter_; }
+  double rawBitErrorRate() const override { return p_; }
+  bool independentErrors() const override { return true; }
+  void sampleErrors(int n, RandomStream& rng, std::vector<int>& positions) const override {
+    positions.clear();
+    appendBernoulliErrors(0, n, p_, logKeep_, rng, positions);
+  }
+
+ private:
+  ChannelKind kind_;
+  double parameter_, p_, logKeep_;
+};
+
+// One Gaussian per bit (Marsaglia's polar method); bit 0 is sent as +1, and
+// by the symmetry of the noise every bit errs alike.
+class GaussianPerBit : public Channel {
+ public:
+  explicit GaussianPerBit(double snrDb) : snr_(snrDb), sigma_(testChannelSigma(snrDb)) {}
+  ChannelKind kind() const override { return ChannelKind::AwgnBits; }
+  double parameter() const override { return snr_; }
+  double rawBitErrorRate() const override { return hardDecisionErrorRate(sigma_); }
+  bool independentErrors() const override { return true; }
+  void sampleErrors(int n, RandomStream& rng, std::vector<int>& positions) const override {
+    positions.clear();
+    for (int i = 0; i < n; i += 2) {
+      double u, v, s;
+      do {
+        u = 2.0 * rng.uniformPositive() - 1.0;
+        v = 2.0 * rng.uniformPositive() - 1.0;
+        s = u * u + v * v;
+      } while (s >= 1.0 || s == 0.0);
+      const double scale = sigma_ * std::sqrt(-2.0 * std::log(s) / s);
+      if (1.0 + scale * u < 0.0) positions.push_back(i);
+      if (i + 1 < n && 1.0 + scale * v < 0.0) positions.push_back(i + 1);
+    }
+  }
+
+ private:
+  double snr_, sigma_;
+};
 
 }  // namespace
 
-std::uint32_t blockSeed(std::uint64_t seed, std::uint64_t point, std::uint64_t block) {
-  const std::uint64_t h = mix64(mix64(mix64(seed) ^ point) ^ block);
-  return static_cast<std::uint32_t>(h ^ (h >> 32));
+std::unique_ptr<Channel> makeChannel(ChannelKind kind, double parameter) {
+  if (kind == ChannelKind::Bsc) {
+    if (!(parameter >= 0.0 && parameter < 0.5)) throw std::invalid_argument("the raw bit error rate must be in [0, 0.5)");
+    return std::make_unique<BinarySymmetric>(kind, parameter, parameter);
+  }
+  if (!std::isfinite(parameter)) throw std::invalid_argument("the SNR must be finite");
+  if (kind == ChannelKind::AwgnBits) return std::make_unique<GaussianPerBit>(parameter);
+  return std::make_unique<BinarySymmetric>(kind, parameter, hardDecisionErrorRate(testChannelSigma(parameter)));
 }
 
-void randomBits(int* bits, std::int64_t n, Random_Number_Generator& rng) {
-  for (std::int64_t i = 0; i < n; ++i) bits[i] = rng.uniform() > 0.5 ? 1 : 0;
+const char* channelName(ChannelKind kind) {
+  return kind == ChannelKind::Bsc ? "bsc" : kind == ChannelKind::Awgn ? "awgn" : "awgn-bits";
 }
+
+const char* channelParameterName(ChannelKind kind) { return kind == ChannelKind::Bsc ? "rber" : "snr_db"; }
 
 }  // namespace flashbch

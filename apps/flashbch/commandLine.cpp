@@ -23,29 +23,45 @@ void addLayout(CLI::App& app, std::string& layout, int& t) {
 void addSimulate(CLI::App& app, SimulateOptions& o) {
   auto* sub = app.add_subcommand(
       "simulate",
-      "Monte Carlo codeword failure rate of a block layout over a noisy channel.\n"
-      "Each point runs until --max-fe codewords have failed or --max-frames blocks are done. The "
-      "codeword failure rate (fer) counts codewords the decoder reported uncorrectable; fer_low and "
-      "fer_high bound it with a 95% Wilson score interval. miscorrected counts codewords the decoder "
-      "claimed to correct whose data still differ. analytic_fer is the failure rate of a bounded-distance "
-      "decoder, P(X > t) for X ~ Binomial(data + 15t, p) at the channel's exact raw bit error rate p.\n"
+      "Codeword failure rate, silent miscorrection rate and UBER of a block layout over a noisy channel.\n"
+      "A codeword fails when the decoder reports it uncorrectable or claims success with data that still "
+      "differ (miscorrected). fer, miscorrection_rate and uber (data bit errors after decoding per data bit) "
+      "come with 95% intervals (_low, _high). analytic_fer is the failure rate of a bounded-distance "
+      "decoder, P(X > t) for X ~ Binomial(data + 15t, p) at the channel's raw bit error rate p.\n"
+      "--estimator mc simulates whole blocks; a point runs in rounds of 16 blocks doubling up to 1024 until --max-fe codewords "
+      "have failed, --max-frames blocks are done, the failure rate's interval is within --target-rel-ci, or "
+      "--time-limit has passed. --estimator stratified decodes patterns of exactly w errors for every w that "
+      "matters and weighs them with P(W = w); one run serves the whole sweep and reaches rates far below "
+      "what blocks can count (down to 1e-20 and beyond); --max-fe and --max-frames then apply per w.\n"
       "Sweeps: VALUE, A,B,C, START:STEP:STOP, or START:*FACTOR:STOP (ratio steps); for --rber a STEP "
       "of 1 or more is a ratio, so 1e-3:2:8e-3 is 1e-3, 2e-3, 4e-3, 8e-3.\n"
-      "Results depend only on the options and --seed, never on --threads.");
+      "Results depend only on the options and --seed, never on --threads (--time-limit aside). On SIGINT or "
+      "SIGTERM the finished points are written and the exit status is 130 or 143.");
   addLayout(*sub, o.layout, o.t);
-  sub->add_option("--channel", o.channel, "awgn (the library's test channel, hard decision) or bsc")
+  sub->add_option("--channel", o.channel,
+                  "awgn (the library's test channel, hard decision), bsc, or awgn-bits (awgn drawn one "
+                  "Gaussian per bit: the slow reference)")
       ->capture_default_str();
   sub->add_option("--snr", o.snr,
                   std::string("AWGN sweep in dB: bits sent as +-1 in noise of standard deviation "
                               "2*10^(-snr/20) [default: ") +
                       kDefaultSnrSweep + "]");
   sub->add_option("--rber", o.rber,
-                  std::string("BSC sweep of the raw bit error rate [default: ") + kDefaultRberSweep + "]");
-  sub->add_option("--max-fe", o.maxFailures, "stop a point after this many failed codewords")->capture_default_str();
+                  std::string("BSC sweep of the raw bit error rate, 0 <= p < 0.5 [default: ") + kDefaultRberSweep +
+                      "]");
+  sub->add_option("--estimator", o.estimator, "mc (Monte Carlo blocks) or stratified (by error count)")
+      ->capture_default_str();
+  sub->add_option("--max-fe", o.maxFailures, "stop a point (a stratum) after this many failed codewords, >= 1")
+      ->capture_default_str();
   sub->add_option("--max-frames", o.maxBlocks,
-                  "stop a point after this many blocks [default: " + std::to_string(kDefaultMaxBlocks) + "]");
+                  "stop a point after this many blocks (a stratum after this many patterns), >= 1 [default: " +
+                      std::to_string(kDefaultMaxBlocks) + "]");
+  sub->add_option("--time-limit", o.timeLimit, "stop a point after this many seconds (> 0) [default: none]");
+  sub->add_option("--target-rel-ci", o.targetRelCi,
+                  "stop a point once fer's 95% interval half-width is at most this fraction of fer (> 0) "
+                  "[default: none]");
   sub->add_option("--threads", o.threads, "worker threads [default: every core]");
-  sub->add_option("--seed", o.seed, "seed of every block's data and noise")->capture_default_str();
+  sub->add_option("--seed", o.seed, "seed of all data and noise, 0 .. 2^64-1")->capture_default_str();
   sub->add_option("--csv", o.csv, "also write the table as CSV to this file");
   sub->add_option("--json", o.json, "also write the settings and the table as JSON to this file");
   sub->add_option("--plot", o.plot,

@@ -15,10 +15,14 @@ struct SimulateOptions {
   std::string channel = "awgn";
   std::string snr;   // empty: the default sweep
   std::string rber;  // empty: the default sweep
-  std::int64_t maxFailures = 100;
-  std::int64_t maxBlocks = 0;  // 0: the default
-  int threads = 0;             // 0: every core
-  std::uint64_t seed = 1;
+  std::string estimator = "mc";
+  // Numbers the tool reads itself, to refuse what does not fit (empty: default).
+  std::string maxFailures = "100";
+  std::string maxBlocks;
+  std::string timeLimit;
+  std::string targetRelCi;
+  std::string seed = "1";
+  int threads = 0;  // 0: every core
   std::string csv, json, plot;
   bool quiet = false;
 };

@@ -1,5 +1,6 @@
 #include "errorStatistics.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -68,6 +69,42 @@ Interval wilsonInterval95(std::int64_t events, std::int64_t trials) {
   if (r.low < 0.0 || events == 0) r.low = 0.0;
   if (r.high > 1.0 || events == trials) r.high = 1.0;
   return r;
+}
+
+}  // namespace flashbch
+
+namespace flashbch {
+
+Interval meanInterval95(double sum, double sumOfSquares, std::int64_t count) {
+  if (count <= 1) return {0.0, INFINITY};
+  const double n = static_cast<double>(count), mean = sum / n;
+  const double variance = std::max(0.0, (sumOfSquares - sum * mean) / (n - 1));
+  const double half = 1.959963984540054 * std::sqrt(variance / n);
+  return {std::max(0.0, mean - half), mean + half};
+}
+
+double logBinomialProbability(int n, int w, double p) {
+  if (w < 0 || w > n) return -INFINITY;
+  if (!(p > 0.0)) return w == 0 ? 0.0 : -INFINITY;
+  return std::lgamma(n + 1.0) - std::lgamma(w + 1.0) - std::lgamma(n - w + 1.0) + w * std::log(p) +
+         (n - w) * std::log1p(-p);
+}
+
+LogInterval combineStrata(const std::vector<WeightedEstimate>& terms, double logOmitted) {
+  double scale = logOmitted;
+  for (const auto& term : terms) scale = std::max(scale, term.logWeight);
+  if (scale == -INFINITY) return {-INFINITY, -INFINITY, -INFINITY};
+  double sum = 0.0, below = 0.0, above = 0.0;
+  for (const auto& term : terms) {
+    const double a = std::exp(term.logWeight - scale);
+    sum += a * term.value;
+    below += a * a * (term.value - term.low) * (term.value - term.low);
+    above += a * a * (term.high - term.value) * (term.high - term.value);
+  }
+  const double low = std::max(0.0, sum - std::sqrt(below));
+  const double high = sum + std::sqrt(above) + std::exp(logOmitted - scale);
+  const double ln10 = std::log(10.0);
+  return {(scale + std::log(sum)) / ln10, (scale + std::log(low)) / ln10, (scale + std::log(high)) / ln10};
 }
 
 }  // namespace flashbch

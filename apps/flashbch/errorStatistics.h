@@ -12,6 +12,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace flashbch {
 
@@ -35,5 +36,39 @@ struct Interval {
   double high;
 };
 Interval wilsonInterval95(std::int64_t events, std::int64_t trials);
+// Normal-theory 95% interval of a mean from the sum and the sum of squares
+// of `count` observations (sample variance), its low end cut at 0.
+Interval meanInterval95(double sum, double sumOfSquares, std::int64_t count);
+
+}  // namespace flashbch
+
+namespace flashbch {
+
+// ln [C(n,w) p^w (1-p)^(n-w)]: -infinity when the probability is 0.
+double logBinomialProbability(int n, int w, double p);
+
+// A weighted sum of independent estimates, sum_i e^logWeight_i * value_i,
+// each estimate with its own 95% interval [low, high].
+struct WeightedEstimate {
+  double logWeight;
+  double value, low, high;
+};
+// Base-10 logarithms (-infinity for 0) of a positive quantity and its limits.
+struct LogInterval {
+  double log10Value, log10Low, log10High;
+};
+// The sum and its 95% interval by the method of variance estimates recovery
+// (MOVER; Zou and Donner, Stat. Med. 27 (2008) 1693-1702): each term's
+// limits stand for the normal-theory ones, so its distance to a limit is
+// 1.96 standard errors on that side, and the distances of independent terms
+// add in quadrature:
+//   L = S - sqrt(sum w_i^2 (v_i - l_i)^2),  U = S + sqrt(sum w_i^2 (h_i - v_i)^2).
+// With Wilson limits per term this keeps their asymmetry near 0 and 1 (a
+// term with no events still widens U), which a plain normal interval on the
+// sum loses. `logOmitted` (ln, may be -infinity) is mass whose term was not
+// estimated but is known to lie in [0, that mass]; it is added to U. All
+// arithmetic is scaled by the largest weight, so sums far below 1e-308 keep
+// their digits.
+LogInterval combineStrata(const std::vector<WeightedEstimate>& terms, double logOmitted);
 
 }  // namespace flashbch

@@ -81,7 +81,7 @@ TEST(Simulate, NoFailuresFarBelowTheThreshold) {
   const auto rows = csvRows(
       "simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --csv r.csv --json r.json", "r.csv", 1);
   EXPECT_GT(number(rows[0].at("raw_ber")), 0);
-  for (const char* column : {"uncorrectable", "miscorrected", "post_ber"}) EXPECT_EQ(rows[0].at(column), "0") << column;
+  for (const char* column : {"uncorrectable", "miscorrected", "uber"}) EXPECT_EQ(rows[0].at(column), "0") << column;
   EXPECT_EQ(rows[0].at("codewords"), "400");
   const double z2 = 1.959963984540054 * 1.959963984540054;  // Wilson bound at 0 events: z^2 / (N + z^2)
   EXPECT_NEAR(number(rows[0].at("fer_high")), z2 / (400 + z2), 1e-12);

@@ -2,6 +2,8 @@
 // how a bad one is reported (the message names the flag).
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -109,6 +111,53 @@ TEST(Layout, Geometry) {
   EXPECT_EQ(layout.codeLength(1), 275);
   EXPECT_EQ(layout.describe(), "100,200");
   EXPECT_EQ(makeLayout({64, 64}, 1, false).describe(), "2x64");
+}
+
+TEST(SimulateOptions, RefusedBeforeAnyOutputIsTouched) {
+  qfbtest::ScratchDir dir;
+  qfbtest::writeFile("old.csv", "old");
+  const std::string words = "flashbch simulate: ";
+  std::string lengths = "1000";  // 2000 codecs per thread: about 2 TiB on 1024 threads
+  for (int k = 1001; k < 3000; ++k) lengths += "," + std::to_string(k);
+  const std::string tooLarge = "--t 8 --threads 1024 --layout " + lengths;
+  const std::pair<const char*, const char*> cases[] = {
+      {tooLarge.c_str(), "--threads: 1024 threads on this layout need about 2000.2 GiB"},
+      {"--channel bsc --rber -0.1", "--rber: -0.1 is outside the accepted range 0 .. 0.5"},
+      {"--channel bsc --rber nan", "--rber: cannot read 'nan'"},
+      {"--channel bsc --rber 0.5", "--rber: 0.5 is not below 0.5"},
+      {"--snr inf", "--snr: cannot read 'inf'"},
+      {"--estimator stratified --channel awgn-bits", "--estimator: stratified estimation weighs error counts"},
+      {"--estimator exact", "--estimator: 'exact' is not an estimator; accepted: mc, stratified"},
+      {"--time-limit 0", "--time-limit: 0 must be above 0"},
+      {"--time-limit -2", "--time-limit: -2 must be above 0"},
+      {"--target-rel-ci 0", "--target-rel-ci: 0 must be above 0"},
+      {"--seed -1", "--seed: '-1' is not a whole number in 0 .. 18446744073709551615"},
+      {"--seed 18446744073709551616", "--seed: 18446744073709551616 is outside the accepted range"},
+      {"--max-fe 9223372036854775808", "--max-fe: 9223372036854775808 is outside the accepted range"},
+      {"--max-frames 0", "--max-frames: 0 is below the accepted minimum 1"},
+      {"--max-frames 99999999999999999999999", "--max-frames: '99999999999999999999999' is not a whole number"},
+  };
+  for (const auto& [args, message] : cases) {
+    const auto run = flashbchtest::runFlashbch(std::string("simulate --csv old.csv --json new.json ") + args);
+    EXPECT_EQ(run.status, 2) << args;
+    if (*message) {
+      EXPECT_EQ(run.err.rfind(words + message, 0), 0u) << args << ": " << run.err;
+    }
+  }
+  EXPECT_EQ(qfbtest::readFile("old.csv"), "old");
+  EXPECT_FALSE(std::ifstream("new.json").good());
+}
+
+TEST(SimulateOptions, TerminationWritesTheFinishedPoints) {
+  // The first point fails at once, the second never: SIGTERM after 3 s.
+  qfbtest::ScratchDir dir;
+  qfbtest::writeFile("r.csv", "old");
+  const auto run = flashbchtest::runFlashbch(
+      "simulate --layout 256 --t 2 --snr 0,40 --max-frames 9000000000000000000 --csv r.csv", "timeout --preserve-status -s TERM 3");
+  EXPECT_EQ(run.status, 128 + SIGTERM) << run.err;
+  const auto rows = flashbchtest::readCsv("r.csv");
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(rows[0].at("snr_db"), "0");
 }
 
 }  // namespace
