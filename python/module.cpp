@@ -19,6 +19,7 @@ NAND-flash ECC: binary BCH codes over GF(2^15) on packed bytes.
   BCH(data_bits, t)     one codeword: encode, decode, encode_batch, decode_batch
   FlashCodec(layout, t) whole blocks as stored: encode, decode with a report
   analytic_fer, uber    failure rates of a bounded-distance decoder
+  simulate(...)         `flashbch simulate`: rows as dicts and a numpy structured array
   Status                CLEAN, CORRECTED, UNCORRECTABLE, ERASED (uint8 codes in arrays)
 
 Every call releases the GIL; objects may be shared between Python threads.)doc";
@@ -40,4 +41,5 @@ Every call releases the GIL; objects may be shared between Python threads.)doc";
   qfbpy::bindBch(m);
   qfbpy::bindFlashCodec(m);
   qfbpy::bindAnalysis(m);
+  qfbpy::bindSimulate(m);
 }

@@ -20,6 +20,7 @@
 
 #include "codeFacts.h"
 #include "commands.h"
+#include "simulateCommand.h"
 #include "errorStatistics.h"
 #include "gnuplotRunner.h"
 #include "resultTable.h"
@@ -89,7 +90,9 @@ double parsePositive(const std::string& flag, const std::string& text) {
   return value;
 }
 
-SimulationSettings settingsFrom(const SimulateOptions& o) {
+}  // namespace
+
+SimulationSettings settingsFrom(const SimulateOptions& o, const std::atomic<bool>* cancel) {
   SimulationSettings s;
   s.layout = makeLayout(parseLayout(o.layout), o.t, false);
   const bool awgn = o.channel == "awgn" || o.channel == "awgn-bits";
@@ -134,9 +137,11 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
                   needed / (1 << 30), memory / (1 << 30));
     throw UsageError(message);
   }
-  s.cancel = &gCancel;
+  s.cancel = cancel;
   return s;
 }
+
+namespace {
 
 std::string directoryOf(const std::string& path) {
   const auto slash = path.find_last_of('/');
@@ -222,6 +227,38 @@ std::vector<Cell> rowOf(const PointEstimate& e, const SimulationSettings& s) {
   return row;
 }
 
+}  // namespace
+
+ResultTable simulationTable(const SimulationSettings& settings) {
+  return ResultTable({channelParameterName(settings.channel), "raw_ber", "fer", "fer_low", "fer_high",
+                      "miscorrection_rate", "miscorrection_low", "miscorrection_high", "uber", "uber_low",
+                      "uber_high", "uncorrectable", "miscorrected", "codewords", "blocks", "analytic_fer",
+                      "estimator", "seconds"});
+}
+
+void runSimulationSweep(const SimulationSettings& settings, ResultTable& table, const ProgressCallback& progress,
+                        const std::function<void(const std::vector<Cell>&)>& onRow) {
+  const auto addRow = [&](const PointEstimate& estimate) {
+    table.addRow(rowOf(estimate, settings));
+    if (onRow) onRow(table.rows().back());
+  };
+  const auto cancelled = [&] { return settings.cancel != nullptr && settings.cancel->load(); };
+  if (settings.estimator == Estimator::Stratified) {
+    StratifiedEstimator estimator(settings);
+    estimator.run(progress);
+    for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
+      addRow(estimator.estimate(point));
+  } else {
+    Simulator simulator(settings);
+    for (int point = 0; point < static_cast<int>(settings.parameters.size()) && !cancelled(); ++point) {
+      const Simulator::PointResult result = simulator.runPoint(point, progress);
+      if (!cancelled()) addRow(result.estimate);
+    }
+  }
+}
+
+namespace {
+
 void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, const ResultTable& table) {
   if (!o.csv.empty()) {
     std::ostringstream csv;
@@ -258,16 +295,14 @@ void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, 
 }  // namespace
 
 int runSimulate(const SimulateOptions& o) {
-  const SimulationSettings settings = settingsFrom(o);
+  const SimulationSettings settings = settingsFrom(o, &gCancel);
   if (!o.plot.empty()) checkPlotTarget(o.plot);
   checkOutputPath("--csv", o.csv);
   checkOutputPath("--json", o.json);
   const StopSignals signals;
 
   const char* parameter = channelParameterName(settings.channel);
-  ResultTable table({parameter, "raw_ber", "fer", "fer_low", "fer_high", "miscorrection_rate", "miscorrection_low",
-                     "miscorrection_high", "uber", "uber_low", "uber_high", "uncorrectable", "miscorrected",
-                     "codewords", "blocks", "analytic_fer", "estimator", "seconds"});
+  ResultTable table = simulationTable(settings);
   const BlockLayout& layout = settings.layout;
   std::cout << "flashbch simulate: layout " << layout.describe() << " data bits, t = " << layout.t << " ("
             << layout.parityBits() << " parity bits, " << layout.storedParityBits() << " stored), channel "
@@ -282,25 +317,12 @@ int runSimulate(const SimulateOptions& o) {
   const bool live = !o.quiet && ::isatty(STDERR_FILENO);
   ProgressCallback progress;
   if (live) progress = [&](const Progress& p) { showProgress(p, settings); };
-  const auto addRow = [&](const PointEstimate& estimate) {
-    table.addRow(rowOf(estimate, settings));
-    table.writeTextRow(std::cout, table.rows().back(), kColumnWidth);
-    std::cout.flush();
-  };
-  if (settings.estimator == Estimator::Stratified) {
-    StratifiedEstimator estimator(settings);
-    estimator.run(progress);
+  runSimulationSweep(settings, table, progress, [&](const std::vector<Cell>& row) {
     if (live) std::fprintf(stderr, "\r\033[K");
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
-      addRow(estimator.estimate(point));
-  } else {
-    Simulator simulator(settings);
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()) && !gCancel.load(); ++point) {
-      const Simulator::PointResult result = simulator.runPoint(point, progress);
-      if (live) std::fprintf(stderr, "\r\033[K");
-      if (!gCancel.load()) addRow(result.estimate);
-    }
-  }
+    table.writeTextRow(std::cout, row, kColumnWidth);
+    std::cout.flush();
+  });
+  if (live) std::fprintf(stderr, "\r\033[K");
   writeOutputs(o, settings, table);
   if (gCancel.load()) {
     std::cerr << "flashbch simulate: stopped by signal " << gSignal << "; " << table.rows().size()
