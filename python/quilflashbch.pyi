@@ -1,7 +1,7 @@
 """NAND-flash ECC: binary BCH codes over GF(2^15) on packed bytes."""
 
 import enum
-from typing import Optional, Sequence, Union, overload
+from typing import Callable, Optional, Sequence, Union, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -115,3 +115,30 @@ def analytic_fer(
 def uber(layout: _Layout, t: int, rber: float, log10: bool = False) -> float: ...
 @overload
 def uber(layout: _Layout, t: int, rber: npt.ArrayLike, log10: bool = False) -> npt.NDArray[np.float64]: ...
+
+class SimulationResult:
+    @property
+    def rows(self) -> list[dict[str, Union[int, float, str, None]]]: ...
+    @property
+    def array(self) -> np.ndarray: ...
+    @property
+    def settings(self) -> dict[str, object]: ...
+    @property
+    def columns(self) -> list[str]: ...
+
+def simulate(
+    *,
+    layout: _Layout = "4x8192",
+    t: int = 40,
+    channel: str = "awgn",
+    snr: Union[None, str, float, Sequence[float]] = None,
+    rber: Union[None, str, float, Sequence[float]] = None,
+    estimator: str = "mc",
+    max_fe: int = 100,
+    max_frames: Optional[int] = None,
+    time_limit: Optional[float] = None,
+    target_rel_ci: Optional[float] = None,
+    seed: int = 1,
+    threads: int = 0,
+    progress: Optional[Callable[[dict[str, Union[int, float]]], None]] = None,
+) -> SimulationResult: ...

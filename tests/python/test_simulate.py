@@ -2,7 +2,10 @@
 structured array; options checked with the command line's messages."""
 
 import json
+import pathlib
 import signal
+import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -57,3 +60,11 @@ def test_bad_options_raise_the_command_line_text(options, message):
     with pytest.raises(ValueError) as raised:
         q.simulate(**options)
     assert message in str(raised.value)
+
+
+def test_plot_script_draws_a_png(tmp_path):
+    script = pathlib.Path(__file__).parents[2] / "python" / "plot_simulate.py"
+    out = tmp_path / "plot.png"
+    subprocess.run([sys.executable, str(script), str(out), "--layout", "1x256", "--t", "2", "--channel", "bsc",
+                    "--rber", "1e-2,2e-2"], check=True, capture_output=True)
+    assert out.read_bytes()[:8] == b"\x89PNG\r\n\x1a\n"
