@@ -39,9 +39,11 @@ struct BatchResult {
   py::object data, parity;
 };
 
+// A new bytes object of count bytes, copied from `from` when not null.
 py::bytes newBytes(const std::uint8_t* from, std::int64_t count) {
-  return py::reinterpret_steal<py::bytes>(
-      PyBytes_FromStringAndSize(reinterpret_cast<const char*>(from), static_cast<Py_ssize_t>(count)));
+  PyObject* bytes = PyBytes_FromStringAndSize(reinterpret_cast<const char*>(from), static_cast<Py_ssize_t>(count));
+  if (bytes == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::bytes>(bytes);
 }
 
 std::uint8_t* bytesData(const py::bytes& b) { return reinterpret_cast<std::uint8_t*>(PyBytes_AS_STRING(b.ptr())); }
