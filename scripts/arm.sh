@@ -3,7 +3,9 @@
 # with Debian's arm-linux-gnueabihf toolchain (GoogleTest built from the
 # sources in libgtest-dev), runs the suite under qemu-arm, and then checks
 # that qfb_digest prints the same fingerprint of the library's outputs on ARM
-# as on the native x86-64 build.
+# as on the native x86-64 build. ARM runs the portable kernels (table-driven
+# division, factorising root finder) and the native build the accelerated
+# ones where the processor has them, so the digests also tie the two paths.
 #
 # The command-line tools stay host programs: they need host-only packages
 # (CLI11) and their end-to-end tests start the tool through the shell, which

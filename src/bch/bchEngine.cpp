@@ -40,9 +40,9 @@ BchEngine::BchEngine(std::shared_ptr<const FieldTables> fieldShared,
       dividerTables(std::move(dividerShared)),
       field(*fieldTables),
       divider(*dividerTables),
-      evaluator(field, b_, t_),
+      evaluator(field, b_, t_, n_ - k_, divider.kernelLevel()),
       massey(field, t_),
-      finder(field, t_),
+      finder(field, t_, divider.kernelLevel()),
       rem(divider.words()),
       syndromePoly(2 * static_cast<size_t>(t_) + 1),
       lambdaPoly(2 * static_cast<size_t>(t_) + 1) {}
@@ -69,11 +69,13 @@ bool BchEngine::syndromes(const uint8_t* message, int bits, const uint8_t* parit
   return false;
 }
 
-void BchEngine::locator(const int* S, int tLimit, int* lambda) {
+void BchEngine::locator(const int* S, int tLimit, int* lambda) { locatorOf(S, tLimit, false, lambda); }
+
+void BchEngine::locatorOf(const int* S, int tLimit, bool squaredSyndromes, int* lambda) {
   // Only S[0..2t'-1] take part; the rest may be anything.
   const int tUse = (tLimit == -1 || tLimit > t) ? t : std::max(tLimit, 0);
   for (int j = 0; j < 2 * tUse; ++j) syndromePoly[j] = field.fromExponent(S[j]);
-  massey.locator(syndromePoly.data(), tLimit, lambdaPoly.data());
+  massey.locator(syndromePoly.data(), tLimit, lambdaPoly.data(), squaredSyndromes);
   for (int i = 0; i <= 2 * t; ++i) lambda[i] = field.toExponent(lambdaPoly[i]);
 }
 
@@ -89,7 +91,8 @@ int BchEngine::decode(const uint8_t* message, int bits, const uint8_t* parity, i
     std::fill(lambda, lambda + 2 * t + 1, field.order());
     return 1;
   }
-  locator(S, tLimit, lambda);
+  // Syndromes of a word, narrow sense: S_2i = S_i^2.
+  locatorOf(S, tLimit, b == 1, lambda);
   int d = 2 * t;
   while (d > 0 && lambdaPoly[d] == 0) --d;
   if (d > t || d == 0) return 0;

@@ -7,7 +7,8 @@
 // R = 0 exactly when every syndrome is zero, so clean words stop there.
 // Otherwise the syndromes come from R (SyndromeEvaluator), the locator from
 // Berlekamp-Massey (BerlekampMassey) and the error positions from
-// LocatorRoots. All scratch space is allocated here, once. The field's
+// LocatorRoots. The engine runs the kernels of its divider's level
+// (GeneratorRemainder::kernelLevel()). All scratch space is allocated here, once. The field's
 // tables and the generator's division tables depend only on the field, t
 // and b; codes of different lengths share them.
 //
@@ -75,6 +76,7 @@ class BchEngine {
 
  private:
   bool remainderIsZero() const;
+  void locatorOf(const int* S, int tLimit, bool squaredSyndromes, int* lambda);
 
   int n, k, r, t, b;
   std::shared_ptr<const FieldTables> fieldTables;

@@ -18,7 +18,7 @@ BerlekampMassey::BerlekampMassey(const FieldTables& f, int t_)
       syndromeLogs(2 * static_cast<size_t>(t_) + 2, 0),
       lambdaLogs(2 * static_cast<size_t>(t_) + 2, 0) {}
 
-void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda) {
+void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda, bool squaredSyndromes) {
   const int zeroLog = field.logZero(), order = field.order();
   std::fill(Lambda, Lambda + 2 * t + 1, 0);
   Lambda[0] = T[0] = 1;
@@ -34,6 +34,15 @@ void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda) {
   int L = 0;
   int degLambda = 0, degB = 0;  // no non-zero coefficient above these
   for (int r = 0; r < top; ++r) {
+    if (squaredSyndromes && (r & 1)) {
+      // A zero discrepancy: Lambda stays, B <- x B.
+      const int newDeg = std::min(degB + 1, top);
+      for (int i = newDeg; i >= 1; --i) B[i] = B[i - 1];
+      B[0] = zeroLog;
+      degLambda = std::max(degLambda, newDeg);
+      degB = newDeg;
+      continue;
+    }
     uint16_t delta = 0;
     for (int j = 0; j <= std::min(L, degLambda); ++j) delta ^= field.expOfLogSum(lambdaLogs[j], syndromeLogs[r - j]);
     const bool lengthChange = delta != 0 && r >= 2 * L;

@@ -7,6 +7,15 @@
 // only over coefficients that can be non-zero: the sums and products they
 // skip are zero plus zero times something, so every coefficient, zeros
 // included, comes out as the full iteration computes it.
+//
+// For a narrow-sense binary code (roots alpha^1 .. alpha^2t) the syndromes
+// of any received word satisfy S_2i = S_i^2, and then the discrepancy of
+// every even-numbered step (the one that takes in S_2, S_4, ...) is zero,
+// the property behind Berlekamp's simplified binary iteration (Berlekamp,
+// Algebraic Coding Theory, 1968, ch. 7; Lin and Costello, Error Control
+// Coding, sec. 6.2). Such a step leaves Lambda unchanged and only shifts B,
+// so with squaredSyndromes set those steps skip the discrepancy and give the
+// same locator.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +29,8 @@ class BerlekampMassey {
 
   // S: the syndromes in polynomial basis (only S[0..2t'-1] are read);
   // Lambda: 2t+1 coefficients, written in full. tLimit as BCH::BMA.
-  void locator(const uint16_t* S, int tLimit, uint16_t* Lambda);
+  // squaredSyndromes: S[2i+1] = S[i]^2 for every i (S[j] = S_(j+1)).
+  void locator(const uint16_t* S, int tLimit, uint16_t* Lambda, bool squaredSyndromes = false);
 
  private:
   const FieldTables& field;

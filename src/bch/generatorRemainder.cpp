@@ -6,8 +6,9 @@
 
 #include "bch/packedBits.h"
 
-GeneratorRemainder::GeneratorRemainder(const int* generator, int r_)
-    : r(r_), nWords(std::max((r_ + 63) / 64, 1)), tables(8 * 256 * static_cast<size_t>(nWords), 0) {
+GeneratorRemainder::GeneratorRemainder(const int* generator, int r_, KernelLevel level_)
+    : r(r_), nWords(std::max((r_ + 63) / 64, 1)), tables(8 * 256 * static_cast<size_t>(nWords), 0), level(level_) {
+  if (ClmulRemainder::supports(level, r)) accelerated = std::make_unique<const ClmulRemainder>(generator, r, level);
   // row[i] = x^(r+i) mod g for i = 0..63, starting from x^r = g - x^r.
   std::vector<uint64_t> row(64 * static_cast<size_t>(nWords), 0);
   for (int d = 0; d < r; ++d)
@@ -80,6 +81,7 @@ void GeneratorRemainder::divideInRegisters(const uint8_t* message, size_t bits, 
 void GeneratorRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint64_t* rem) const {
   std::fill(rem, rem + nWords, 0);
   if (r == 0) return;
+  if (accelerated) return accelerated->shiftedRemainder(message, bits, rem);
   // Fixed word counts let the compiler unroll and keep the remainder local;
   // beyond 12 words (t > 51 over GF(2^15)) the unrolled form spills and the
   // plain loop is faster.

@@ -3,6 +3,7 @@
 #include "bch/locatorRoots.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "bch/fieldTables.h"
 
@@ -18,7 +19,7 @@ int rootPosition(const FieldTables& field, uint16_t root) { return (field.order(
 
 }  // namespace
 
-LocatorRoots::LocatorRoots(const FieldTables& f, int t_)
+LocatorRoots::LocatorRoots(const FieldTables& f, int t_, KernelLevel level)
     : field(f),
       t(t_),
       monic(t_ + 1),
@@ -31,7 +32,12 @@ LocatorRoots::LocatorRoots(const FieldTables& f, int t_)
       pool(static_cast<size_t>(t_ + 1) * (t_ + 1)),
       poolDegree(t_ + 1),
       poolBasis(t_ + 1),
-      divisorLogs(t_ + 1) {}
+      divisorLogs(t_ + 1) {
+  if (!VectorChien::supports(level)) return;
+  search = std::make_unique<VectorChien>(f, t_);
+  searchBelowLength.assign(t_ + 1, 0);
+  for (int d = 3; d <= t_; ++d) searchBelowLength[d] = static_cast<int>(1800 * std::pow(d, 0.75));
+}
 
 bool LocatorRoots::rootOfLinear(const uint16_t* f, int n, int* positions, int& found) const {
   const int p = rootPosition(field, f[0]);
@@ -193,6 +199,7 @@ bool LocatorRoots::splitFactors(int deg, int n, int* positions, int& found) {
 bool LocatorRoots::find(const uint16_t* lambda, int degree, int n, int* positions) {
   d = degree;
   if (d < 1 || lambda[0] == 0) return false;
+  if (search && d <= t && n < searchBelowLength[d]) return search->find(lambda, d, n, positions);
   const uint16_t inv = field.inverse(lambda[d]);
   for (int i = 0; i <= d; ++i) monic[i] = field.mul(lambda[i], inv);
   int found = 0;

@@ -17,16 +17,27 @@
 // A locator with fewer than d such roots has fewer than d roots at the
 // code's positions too, so both rules reject the same locators; when all
 // d roots lie in the field, the positions decide.
+//
+// The factorisation costs about d^1.75 table steps (measured), a search of
+// every position n d; where the processor has the vector search
+// (VectorChien), it takes the locators for which that is faster. Measured
+// on one x86-64 core (AVX-512 with GFNI), the search wins when
+// n < 1800 d^0.75: for n = 8192 + 15t from d = 8 on, for n = 4096 + 15t
+// from d = 4 on.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
+
+#include "bch/kernelLevel.h"
+#include "bch/vectorChien.h"
 
 class FieldTables;
 
 class LocatorRoots {
  public:
-  LocatorRoots(const FieldTables& field, int t);
+  LocatorRoots(const FieldTables& field, int t, KernelLevel level = KernelLevel::Scalar);
 
   // lambda: d+1 coefficients in polynomial basis, lambda[d] != 0, d <= t.
   // On acceptance writes the d positions in ascending order and returns
@@ -55,4 +66,6 @@ class LocatorRoots {
   std::vector<uint16_t> pool;  // pending factors, monic, stacked
   std::vector<int> poolDegree, poolBasis;
   std::vector<int32_t> divisorLogs;
+  std::unique_ptr<VectorChien> search;
+  std::vector<int> searchBelowLength;  // per degree: the search is faster for n below this
 };

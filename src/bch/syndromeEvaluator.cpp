@@ -7,7 +7,43 @@
 
 #include "bch/fieldTables.h"
 
-SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field(f) {
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
+#include <immintrin.h>
+#define QFB_HAVE_CLMUL 1
+#endif
+
+namespace {
+
+// a b mod M over GF(2), deg M = d <= 16, a and b reduced.
+uint64_t mulMod(uint64_t a, uint64_t b, uint32_t M, int d) {
+  uint64_t p = 0;
+  for (int i = d - 1; i >= 0; --i) {
+    p <<= 1;
+    if (p >> d) p ^= M;
+    if ((b >> i) & 1) p ^= a;
+  }
+  return p;
+}
+
+uint64_t powerOfX(int64_t e, uint32_t M, int d) {
+  uint64_t result = 1 % (uint64_t{1} << d), base = d > 1 ? 2 : (2 ^ M);
+  for (; e > 0; e >>= 1) {
+    if (e & 1) result = mulMod(result, base, M, d);
+    base = mulMod(base, base, M, d);
+  }
+  return result;
+}
+
+#ifdef QFB_HAVE_CLMUL
+__attribute__((target("pclmul,sse4.1"))) inline __m128i clmul(uint64_t a, uint64_t b) {
+  return _mm_clmulepi64_si128(_mm_cvtsi64_si128(static_cast<long long>(a)),
+                              _mm_cvtsi64_si128(static_cast<long long>(b)), 0x00);
+}
+#endif
+
+}  // namespace
+
+SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t, int r, KernelLevel level) : field(f) {
   const int m = field.m(), order = field.order();
   std::map<int, int> cosetByLeader;
   powers.assign(static_cast<size_t>(2 * t) * m, 0);
@@ -40,11 +76,62 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t) : field
       cosets.push_back(std::move(c));
     }
     cosetOfSyndrome.push_back(found->second);
+    squareOf.push_back(e % 2 == 0 && e / 2 >= b && e / 2 - b < j ? e / 2 - b : -1);
     for (int i = 0; i < m; ++i)
       powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
   }
   residues.assign(cosets.size(), 0);
+#ifdef QFB_HAVE_CLMUL
+  carryless = level != KernelLevel::Scalar && static_cast<int>(level) <= static_cast<int>(detectedKernelLevel()) && r > 0;
+#else
+  (void)level;
+#endif
+  if (!carryless) return;
+  words = (r + 63) / 64;
+  const int pad = 64 * words - r;
+  for (Coset& c : cosets) {
+    const int d = c.degree;
+    for (int i = 0; i < words; ++i) {
+      const int64_t e = ((64 * static_cast<int64_t>(words - 1 - i) - pad) % order + order) % order;
+      c.wordFactors.push_back(powerOfX(e, c.polynomial, d));
+    }
+    c.x64 = powerOfX(64, c.polynomial, d);
+    // mu = floor(x^64 / M) by long division; the x^(64-d) term is implicit.
+    uint64_t rest[2] = {0, 1};  // x^64 as two words
+    for (int i = 64 - d; i >= 0; --i) {
+      const int top = i + d;
+      if ((rest[top / 64] >> (top % 64)) & 1) {
+        if (i < 64 - d) c.mu |= uint64_t{1} << i;
+        for (int k = 0; k <= d; ++k)
+          if ((c.polynomial >> k) & 1) rest[(i + k) / 64] ^= uint64_t{1} << ((i + k) % 64);
+      }
+    }
+  }
 }
+
+#ifdef QFB_HAVE_CLMUL
+__attribute__((target("pclmul,sse4.1"))) void SyndromeEvaluator::clmulResidues(const uint64_t* rem) const {
+  for (size_t c = 0; c < cosets.size(); ++c) {
+    const Coset& co = cosets[c];
+    const int d = co.degree;
+    __m128i a = _mm_setzero_si128();
+    for (int i = 0; i < words; ++i) a = _mm_xor_si128(a, clmul(rem[i], co.wordFactors[i]));
+    const uint64_t low = static_cast<uint64_t>(_mm_cvtsi128_si64(a));
+    const uint64_t high = static_cast<uint64_t>(_mm_extract_epi64(a, 1));
+    const uint64_t folded = low ^ static_cast<uint64_t>(_mm_cvtsi128_si64(clmul(high, co.x64)));
+    // q = floor(floor(A'/x^d) mu / x^(64-d)) with mu = x^(64-d) + co.mu.
+    const uint64_t above = folded >> d;
+    const __m128i product = clmul(above, co.mu);
+    const uint64_t pl = static_cast<uint64_t>(_mm_cvtsi128_si64(product));
+    const uint64_t ph = static_cast<uint64_t>(_mm_extract_epi64(product, 1));
+    const uint64_t q = above ^ (d == 0 ? 0 : (pl >> (64 - d)) | (ph << d));
+    const uint64_t qm = static_cast<uint64_t>(_mm_cvtsi128_si64(clmul(q, co.polynomial)));
+    residues[c] = static_cast<uint32_t>((folded ^ qm) & ((uint64_t{1} << d) - 1));
+  }
+}
+#else
+void SyndromeEvaluator::clmulResidues(const uint64_t*) const {}
+#endif
 
 uint32_t SyndromeEvaluator::reduce(const Coset& c, const uint64_t* rem, int r) const {
   uint32_t s = 0;
@@ -91,6 +178,15 @@ void SyndromeEvaluator::reduceFour(const Coset* c, const uint64_t* rem, int r, u
 }
 
 void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
+  if (carryless) {
+    clmulResidues(rem);
+  } else {
+    reduceAll(rem, r);
+  }
+  evaluateResidues(S);
+}
+
+void SyndromeEvaluator::reduceAll(const uint64_t* rem, int r) const {
   size_t c = 0;
   const size_t count4 = cosets.size() - cosets.size() % 4;
   for (; c < count4; c += 4) {
@@ -103,9 +199,18 @@ void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
     }
   }
   for (; c < cosets.size(); ++c) residues[c] = reduce(cosets[c], rem, r);
+}
+
+void SyndromeEvaluator::evaluateResidues(int* S) const {
   const int m = field.m();
   const int count = static_cast<int>(cosetOfSyndrome.size());
+  const int order = field.order();
   for (int j = 0; j < count; ++j) {
+    if (squareOf[j] >= 0) {
+      const int half = S[squareOf[j]];
+      S[j] = half == order ? order : (2 * half) % order;
+      continue;
+    }
     uint32_t s = residues[cosetOfSyndrome[j]];
     const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
     uint16_t value = 0;

@@ -5,6 +5,7 @@
 // random words and words holding entries other than 0 and 1.
 #include <type_traits>
 
+#include "bch/bchEngine.h"
 #include "bch_testutil.h"
 #include "support/differential.h"
 #include "support/referenceBch.h"
@@ -114,6 +115,10 @@ void compareCode(std::mt19937& rng, GF& f, int n, int t, int b, int k, int words
   // Every code here lies within the packed engine's range; the comparison
   // is about that engine.
   ASSERT_NE(p.fast.packedEngine(), nullptr);
+  // ... and about the division kernel this machine dispatches to.
+  const int r = p.ref.n - p.ref.k;
+  ASSERT_EQ(p.fast.packedEngine()->sharedDivider()->kernelLevel(),
+            ClmulRemainder::supports(defaultKernelLevel(), r) ? defaultKernelLevel() : KernelLevel::Scalar);
   ASSERT_EQ(p.fast.n, p.ref.n);
   ASSERT_EQ(p.fast.generator(), V(p.ref.genPoly, p.ref.genPoly + p.ref.n - p.ref.k + 1));
   expectSameState(p, "construction");
