@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Times the Python module against the C++ packed codec.
 
-Usage: PYTHONPATH=build-bench/python bench/python_bench.py [path/to/bch_bench]
+Usage: PYTHONPATH=build-bench/python /usr/bin/python3 bench/python_bench.py [path/to/bch_bench]
 
   decode_batch   10^4 codewords of 8192 data bits, t = 40, t/2 errors each,
                  with threads = 1, 2, 4; per codeword and relative to the C++

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws the README's simulate plot with matplotlib from quilflashbch.simulate.
 
-Usage: PYTHONPATH=build/python python3 python/plot_simulate.py [OUT.png|OUT.svg]
+Usage: PYTHONPATH=build/python /usr/bin/python3 python/plot_simulate.py [OUT.png|OUT.svg]
            [--layout 4x8192] [--t 40] [--channel awgn|bsc] [--snr ...] [--rber ...]
            [--estimator mc|stratified] [--threads N]
 
