@@ -3,11 +3,12 @@
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 CMAKE_ARGS ?=
-BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind libopenmpi-dev openmpi-bin
+BUILD_DEPS = cmake g++ make libgtest-dev libgmock-dev libcli11-dev nlohmann-json3-dev valgrind \
+             libopenmpi-dev openmpi-bin pybind11-dev python3-dev python3-numpy python3-pytest python3-matplotlib
 # Needed only by the suite: gnuplot draws the plots the --plot tests check.
 TEST_DEPS = gnuplot-nox
 
-.PHONY: deps configure build run test bench clean
+.PHONY: deps configure build run test python bench clean
 
 deps:
 	@./scripts/deps.sh $(BUILD_DEPS)
@@ -24,6 +25,10 @@ run: build
 test: build
 	@./scripts/deps.sh $(TEST_DEPS)
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+# The Python module alone: PYTHONPATH=$(BUILD)/python imports it.
+python: configure
+	cmake --build $(BUILD) -j $(JOBS) --target python_module
 
 bench: deps
 	@./scripts/deps.sh libbenchmark-dev

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
-#include "Tools/utilities.h"
-#include "api/FlashBCH.h"
+#include "quilPackedBCH.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -24,17 +24,63 @@ void checkBitOrder(const BitOrder& order, const BlockLayout& layout) {
                      std::to_string(imageBits) + " (the bits of a block image)");
 }
 
-void bytesToBits(const std::uint8_t* bytes, std::int64_t count, int* bits) {
-  for (std::int64_t i = 0; i < count; ++i)
-    for (int j = 0; j < 8; ++j) bits[8 * i + j] = (bytes[i] >> (7 - j)) & 1;
+namespace {
+
+inline bool bitAt(const std::uint8_t* bytes, std::int64_t i) { return (bytes[i / 8] >> (7 - i % 8)) & 1; }
+
+inline std::uint8_t reversedByte(std::uint8_t b) {
+  b = static_cast<std::uint8_t>((b & 0xF0) >> 4 | (b & 0x0F) << 4);
+  b = static_cast<std::uint8_t>((b & 0xCC) >> 2 | (b & 0x33) << 2);
+  return static_cast<std::uint8_t>((b & 0xAA) >> 1 | (b & 0x55) << 1);
 }
 
-void bitsToBytes(const int* bits, std::int64_t count, std::uint8_t* bytes) {
-  for (std::int64_t i = 0; i < count; ++i) {
-    unsigned byte = 0;
-    for (int j = 0; j < 8; ++j) byte = (byte << 1) | static_cast<unsigned>(bits[8 * i + j] & 1);
-    bytes[i] = static_cast<std::uint8_t>(byte);
+// Bytes reversed inside each word of wordBits bits (the image is whole words).
+void reverseBytesInWords(std::uint8_t* image, std::int64_t bits, int wordBits) {
+  const std::int64_t wordBytes = wordBits / 8;
+  for (std::int64_t at = 0; at + wordBytes <= bits / 8; at += wordBytes) std::reverse(image + at, image + at + wordBytes);
+}
+
+// Bits reversed inside each group of groupBits bits; a shorter last group is
+// reversed over its own length.
+void reverseBitGroups(std::uint8_t* image, std::int64_t bits, int groupBits) {
+  if (groupBits % 8 == 0) {  // whole bytes: reverse the bytes and the bits of each
+    for (std::int64_t at = 0; at < bits / 8; at += groupBits / 8) {
+      const std::int64_t end = std::min(at + groupBits / 8, bits / 8);
+      std::reverse(image + at, image + end);
+      std::transform(image + at, image + end, image + at, reversedByte);
+    }
+    return;
   }
+  for (std::int64_t s = 0; s < bits; s += groupBits) {
+    const std::int64_t length = std::min<std::int64_t>(bits - s, groupBits);
+    for (std::int64_t j = 0; j < length / 2; ++j) {
+      const std::int64_t a = s + j, b = s + length - 1 - j;
+      if (bitAt(image, a) != bitAt(image, b)) {
+        image[a / 8] = static_cast<std::uint8_t>(image[a / 8] ^ (0x80 >> (a % 8)));
+        image[b / 8] = static_cast<std::uint8_t>(image[b / 8] ^ (0x80 >> (b % 8)));
+      }
+    }
+  }
+}
+
+// Zeros among `bits` bits from the start of a packed string.
+int countZeroBits(const std::uint8_t* bytes, int bits) {
+  int ones = 0;
+  for (int i = 0; i < bits / 8; ++i) ones += __builtin_popcount(bytes[i]);
+  if (bits % 8 != 0) ones += __builtin_popcount(bytes[bits / 8] >> (8 - bits % 8));
+  return bits - ones;
+}
+
+}  // namespace
+
+void swapBlockImage(const BitOrder& order, std::uint8_t* image, std::int64_t bits) {
+  if (order.byteSwapWordBits != 0) reverseBytesInWords(image, bits, order.byteSwapWordBits);
+  if (order.bitSwapGroupBits != 0) reverseBitGroups(image, bits, order.bitSwapGroupBits);
+}
+
+void unswapBlockImage(const BitOrder& order, std::uint8_t* image, std::int64_t bits) {
+  if (order.bitSwapGroupBits != 0) reverseBitGroups(image, bits, order.bitSwapGroupBits);
+  if (order.byteSwapWordBits != 0) reverseBytesInWords(image, bits, order.byteSwapWordBits);
 }
 
 std::vector<std::uint8_t> readWholeFile(const std::string& path) {
@@ -91,63 +137,108 @@ bool BlockReport::hasUncorrectable() const {
                      [](const CodewordReport& c) { return c.status == CodewordStatus::Uncorrectable; });
 }
 
+DecodeRules decodeRules(const BlockLayout& layout, int scrubOption, int erasedOption) {
+  DecodeRules rules;
+  rules.scrubThreshold = scrubOption < 0 ? (3 * layout.t + 3) / 4 : scrubOption;
+  if (scrubOption < -1 || rules.scrubThreshold > layout.t)
+    throw UsageError("--scrub-threshold: " + std::to_string(scrubOption) + " is outside the accepted range 0 .. " +
+                     std::to_string(layout.t) + " (t)");
+  int shortest = layout.codeLength(0);
+  for (int i = 0; i < layout.codewords(); ++i) shortest = std::min(shortest, layout.codeLength(i));
+  rules.erasedThreshold = erasedOption < 0 ? layout.t : erasedOption;
+  if (erasedOption < -1 || rules.erasedThreshold >= shortest)
+    throw UsageError("--erased-threshold: " + std::to_string(erasedOption) + " is outside the accepted range 0 .. " +
+                     std::to_string(shortest - 1) + " (below the bits of the shortest codeword)");
+  return rules;
+}
+
+void ImageSummary::add(const BlockReport& block, const DecodeRules& rules) {
+  ++blocks;
+  for (const CodewordReport& c : block.codewords) {
+    ++codewords;
+    ++byStatus[static_cast<int>(c.status)];
+    correctedBits += c.correctedBits;
+  }
+  scrubBlocks += rules.scrubRecommended(block);
+  maxCorrected = std::max(maxCorrected, block.maxCorrected());
+}
+
+std::vector<std::pair<const char*, std::int64_t>> ImageSummary::fields() const {
+  return {{"blocks", blocks},
+          {"codewords", codewords},
+          {"clean", count(CodewordStatus::Clean)},
+          {"corrected", count(CodewordStatus::Corrected)},
+          {"erased", count(CodewordStatus::Erased)},
+          {"uncorrectable", count(CodewordStatus::Uncorrectable)},
+          {"corrected_bits", correctedBits},
+          {"max_corrected_bits", maxCorrected},
+          {"scrub_recommended_blocks", scrubBlocks}};
+}
+
+std::string ImageSummary::describe() const {
+  return std::to_string(blocks) + (blocks == 1 ? " block, " : " blocks, ") + std::to_string(codewords) +
+         " codewords: " + std::to_string(count(CodewordStatus::Clean)) + " clean, " +
+         std::to_string(count(CodewordStatus::Corrected)) + " corrected (" + std::to_string(correctedBits) +
+         " bits, at most " + std::to_string(maxCorrected) + " in one codeword), " +
+         std::to_string(count(CodewordStatus::Erased)) + " erased, " +
+         std::to_string(count(CodewordStatus::Uncorrectable)) + " uncorrectable; scrub recommended for " +
+         std::to_string(scrubBlocks) + (scrubBlocks == 1 ? " block" : " blocks");
+}
+
 PageCodec::PageCodec(const BlockLayout& layout, const BitOrder& order)
-    : layout_(layout), order_(order), codec_(std::make_unique<FlashBCH>()) {
-  codec_->init(layout_.codewords(), layout_.dataBits.data(), layout_.t, false, true, -1, 0, 0);
-  dataBits_.resize(static_cast<size_t>(layout_.blockDataBits()));
-  storedBits_.resize(static_cast<size_t>(layout_.blockStoredBits()));
-  results_.resize(static_cast<size_t>(layout_.codewords()));
-  locators_.assign(static_cast<size_t>(layout_.codewords()),
-                   std::vector<int>(static_cast<size_t>(2 * layout_.t + 1)));
+    : layout_(layout), order_(order), image_(static_cast<size_t>(imageBytes())) {
+  for (int i = 0; i < layout_.codewords(); ++i) {
+    if (layout_.dataBits[i] % 8 != 0) throw std::invalid_argument("PageCodec: page images need whole data bytes");
+    int code = 0;
+    while (code < i && layout_.dataBits[code] != layout_.dataBits[i]) ++code;
+    if (code == i) {
+      codeOf_.push_back(static_cast<int>(codes_.size()));
+      codes_.push_back(std::make_unique<quil::PackedBCH>(layout_.dataBits[i], layout_.t));
+    } else {
+      codeOf_.push_back(codeOf_[code]);
+    }
+  }
 }
 
 PageCodec::~PageCodec() = default;
 
+// Every codeword starts on a byte: its data are whole bytes and its stored
+// parity is padded to whole bytes, so data and parity are copied and coded
+// in place, byte-aligned.
 void PageCodec::encodeBlock(const std::uint8_t* data, std::uint8_t* image) {
-  bytesToBits(data, dataBytes(), dataBits_.data());
-  codec_->encode_au(dataBits_.data(), storedBits_.data());
-  const int n = static_cast<int>(storedBits_.size());
-  byte_and_bit_swap(storedBits_.data(), n, storedBits_.data(), order_.byteSwapWordBits, order_.bitSwapGroupBits,
-                    order_.byteSwapWordBits != 0, order_.bitSwapGroupBits != 0);
-  bitsToBytes(storedBits_.data(), imageBytes(), image);
+  for (int i = 0; i < layout_.codewords(); ++i) {
+    const std::uint8_t* in = data + layout_.dataOffset(i) / 8;
+    std::uint8_t* out = image + layout_.storedOffset(i) / 8;
+    const int bytes = layout_.dataBits[i] / 8;
+    std::copy(in, in + bytes, out);
+    codes_[codeOf_[i]]->encode(out, out + bytes);
+  }
+  swapBlockImage(order_, image, layout_.blockStoredBits());
 }
 
 BlockReport PageCodec::decodeBlock(const std::uint8_t* image, std::uint8_t* data, int erasedThreshold) {
-  bytesToBits(image, imageBytes(), storedBits_.data());
-  const int n = static_cast<int>(storedBits_.size());
-  if (order_.bitSwapGroupBits != 0)
-    byte_and_bit_swap(storedBits_.data(), n, storedBits_.data(), 8, order_.bitSwapGroupBits, 0, 1);
-  if (order_.byteSwapWordBits != 0)
-    byte_and_bit_swap(storedBits_.data(), n, storedBits_.data(), order_.byteSwapWordBits, 1, 1, 0);
-
-  codec_->decode_au(storedBits_.data(), dataBits_.data(), results_.data());
-  std::vector<int*> locatorRows;
-  for (auto& row : locators_) locatorRows.push_back(row.data());
-  codec_->getLambda(locatorRows.data());
-
+  std::copy(image, image + imageBytes(), image_.begin());
+  unswapBlockImage(order_, image_.data(), layout_.blockStoredBits());
   BlockReport report;
   for (int i = 0; i < layout_.codewords(); ++i) {
+    std::uint8_t* stored = image_.data() + layout_.storedOffset(i) / 8;
+    std::uint8_t* out = data + layout_.dataOffset(i) / 8;
+    const int bytes = layout_.dataBits[i] / 8;
     CodewordReport c;
-    const auto stored = storedBits_.begin() + layout_.storedOffset(i);
-    c.zeroBits = static_cast<int>(std::count(stored, stored + layout_.codeLength(i), 0));
-    const auto data = dataBits_.begin() + layout_.dataOffset(i);
+    c.zeroBits = countZeroBits(stored, layout_.codeLength(i));
     if (c.zeroBits <= erasedThreshold) {
       c.status = CodewordStatus::Erased;
-      std::fill(data, data + layout_.dataBits[i], 1);
-    } else if (results_[static_cast<size_t>(i)] != 0) {
-      c.status = CodewordStatus::Uncorrectable;
+      std::fill(out, out + bytes, 0xFF);
     } else {
-      // The locator's coefficients are indexed by degree; its degree is the
-      // number of error positions the decoder found and flipped.
-      const auto& locator = locators_[static_cast<size_t>(i)];
-      int degree = static_cast<int>(locator.size()) - 1;
-      while (degree > 0 && locator[static_cast<size_t>(degree)] == 0) --degree;
-      c.correctedBits = degree;
-      c.status = degree == 0 ? CodewordStatus::Clean : CodewordStatus::Corrected;
+      std::copy(stored, stored + bytes, out);
+      const quil::DecodeResult r = codes_[codeOf_[i]]->decode(out, stored + bytes);
+      c.status = r.status == quil::DecodeStatus::Uncorrectable ? CodewordStatus::Uncorrectable
+                 : r.status == quil::DecodeStatus::Corrected   ? CodewordStatus::Corrected
+                                                               : CodewordStatus::Clean;
+      c.correctedBits = r.correctedBits;
     }
     report.codewords.push_back(c);
   }
-  bitsToBytes(dataBits_.data(), dataBytes(), data);
   return report;
 }
 

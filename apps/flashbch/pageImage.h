@@ -17,16 +17,24 @@
 // of the error locator, the number of bits the decoder flipped) or
 // uncorrectable (its data come out as read). A block whose largest
 // corrected count reaches scrubThreshold is flagged for scrubbing.
+//
+// The codec works on the packed bytes throughout (one PackedBCH per distinct
+// codeword length), so an image costs what its codewords cost to decode.
+// The command line and the Python module share this code; a PageCodec holds
+// scratch space and is used by one thread at a time.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "blockLayout.h"
 
-class FlashBCH;
+namespace quil {
+class PackedBCH;
+}
 
 namespace flashbch {
 
@@ -39,8 +47,10 @@ struct BitOrder {
 // fit the block image.
 void checkBitOrder(const BitOrder& order, const BlockLayout& layout);
 
-void bytesToBits(const std::uint8_t* bytes, std::int64_t count, int* bits);
-void bitsToBytes(const int* bits, std::int64_t count, std::uint8_t* bytes);
+// The byte swap, then the bit swap, of a packed block image in place;
+// unswapBlockImage undoes them (the bit swap first).
+void swapBlockImage(const BitOrder& order, std::uint8_t* image, std::int64_t bits);
+void unswapBlockImage(const BitOrder& order, std::uint8_t* image, std::int64_t bits);
 
 // Whole file contents; throws UsageError naming the file when it cannot be read.
 std::vector<std::uint8_t> readWholeFile(const std::string& path);
@@ -67,11 +77,41 @@ struct BlockReport {
   bool hasUncorrectable() const;
 };
 
+// The thresholds of a decode run. An option of -1 means the default:
+// scrubbing at three quarters of t (rounded up), erased pages at up to t
+// zeros. Throws UsageError naming --scrub-threshold or --erased-threshold
+// when an option is out of range for the layout.
+struct DecodeRules {
+  int scrubThreshold = 0;
+  int erasedThreshold = 0;
+  bool scrubRecommended(const BlockReport& block) const { return block.maxCorrected() >= scrubThreshold; }
+};
+DecodeRules decodeRules(const BlockLayout& layout, int scrubOption, int erasedOption);
+
+// Totals over the decoded blocks of an image.
+struct ImageSummary {
+  std::int64_t blocks = 0;
+  std::int64_t codewords = 0;
+  std::int64_t byStatus[4] = {0, 0, 0, 0};  // indexed by CodewordStatus
+  std::int64_t correctedBits = 0;
+  std::int64_t scrubBlocks = 0;
+  int maxCorrected = 0;
+
+  void add(const BlockReport& block, const DecodeRules& rules);
+  std::int64_t count(CodewordStatus status) const { return byStatus[static_cast<int>(status)]; }
+  // The totals under the names of the decode report, in its order.
+  std::vector<std::pair<const char*, std::int64_t>> fields() const;
+  // "3 blocks, 6 codewords: 1 clean, 5 corrected (15 bits, at most 5 in one
+  // codeword), 0 erased, 0 uncorrectable; scrub recommended for 2 blocks"
+  std::string describe() const;
+};
+
 class PageCodec {
  public:
   PageCodec(const BlockLayout& layout, const BitOrder& order);
   ~PageCodec();
 
+  const BlockLayout& layout() const { return layout_; }
   std::int64_t dataBytes() const { return layout_.blockDataBits() / 8; }
   std::int64_t imageBytes() const { return layout_.blockStoredBits() / 8; }
   // data: dataBytes() bytes; image: imageBytes() bytes.
@@ -81,10 +121,9 @@ class PageCodec {
  private:
   BlockLayout layout_;
   BitOrder order_;
-  std::unique_ptr<FlashBCH> codec_;
-  std::vector<int> dataBits_, storedBits_;
-  std::vector<int> results_;
-  std::vector<std::vector<int>> locators_;
+  std::vector<std::unique_ptr<quil::PackedBCH>> codes_;  // one per distinct data length
+  std::vector<int> codeOf_;                              // per codeword, an index into codes_
+  std::vector<std::uint8_t> image_;                      // the unswapped block image
 };
 
 }  // namespace flashbch

@@ -21,6 +21,7 @@
 #include "codeFacts.h"
 #include "commands.h"
 #include "distribution.h"
+#include "simulateCommand.h"
 #include "errorStatistics.h"
 #include "gnuplotRunner.h"
 #include "resultTable.h"
@@ -92,7 +93,9 @@ double parsePositive(const std::string& flag, const std::string& text) {
   return value;
 }
 
-SimulationSettings settingsFrom(const SimulateOptions& o) {
+}  // namespace
+
+SimulationSettings settingsFrom(const SimulateOptions& o, const std::atomic<bool>* cancel) {
   SimulationSettings s;
   s.layout = makeLayout(parseLayout(o.layout), o.t, false);
   const bool awgn = o.channel == "awgn" || o.channel == "awgn-bits";
@@ -138,9 +141,11 @@ SimulationSettings settingsFrom(const SimulateOptions& o) {
                   needed / (1 << 30), memory / (1 << 30));
     throw UsageError(message);
   }
-  s.cancel = &gCancel;
+  s.cancel = cancel;
   return s;
 }
+
+namespace {
 
 std::string directoryOf(const std::string& path) {
   const auto slash = path.find_last_of('/');
@@ -226,6 +231,40 @@ std::vector<Cell> rowOf(const PointEstimate& e, const SimulationSettings& s) {
   return row;
 }
 
+}  // namespace
+
+ResultTable simulationTable(const SimulationSettings& settings) {
+  const std::string parameter =
+      settings.parameterName.empty() ? channelParameterName(settings.channel) : settings.parameterName;
+  return ResultTable({parameter, "raw_ber", "fer", "fer_low", "fer_high",
+                      "miscorrection_rate", "miscorrection_low", "miscorrection_high", "uber", "uber_low",
+                      "uber_high", "uncorrectable", "miscorrected", "codewords", "blocks", "analytic_fer",
+                      "estimator", "seconds"});
+}
+
+void runSimulationSweep(const SimulationSettings& settings, ResultTable& table, const ProgressCallback& progress,
+                        const std::function<void(const std::vector<Cell>&)>& onRow) {
+  const auto addRow = [&](const PointEstimate& estimate) {
+    table.addRow(rowOf(estimate, settings));
+    if (onRow) onRow(table.rows().back());
+  };
+  const auto cancelled = [&] { return settings.cancel != nullptr && settings.cancel->load(); };
+  if (settings.estimator == Estimator::Stratified) {
+    StratifiedEstimator estimator(settings);
+    estimator.run(progress);
+    for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
+      addRow(estimator.estimate(point));
+  } else {
+    Simulator simulator(settings);
+    for (int point = 0; point < static_cast<int>(settings.parameters.size()) && !cancelled(); ++point) {
+      const Simulator::PointResult result = simulator.runPoint(point, progress);
+      if (!cancelled()) addRow(result.estimate);
+    }
+  }
+}
+
+namespace {
+
 void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, int ranks, const ResultTable& table) {
   if (!o.csv.empty()) {
     std::ostringstream csv;
@@ -270,7 +309,7 @@ bool anyCancelled(Distribution& ranks) {
 }  // namespace
 
 int runSimulate(const SimulateOptions& o) {
-  SimulationSettings settings = settingsFrom(o);
+  SimulationSettings settings = settingsFrom(o, &gCancel);
   if (launchedRank() == 0) {  // the rank that writes them
     if (!o.plot.empty()) checkPlotTarget(o.plot);
     checkOutputPath("--csv", o.csv);
@@ -287,9 +326,7 @@ int runSimulate(const SimulateOptions& o) {
 
   const std::string parameter =
       settings.parameterName.empty() ? channelParameterName(settings.channel) : settings.parameterName;
-  ResultTable table({parameter, "raw_ber", "fer", "fer_low", "fer_high", "miscorrection_rate", "miscorrection_low",
-                     "miscorrection_high", "uber", "uber_low", "uber_high", "uncorrectable", "miscorrected",
-                     "codewords", "blocks", "analytic_fer", "estimator", "seconds"});
+  ResultTable table = simulationTable(settings);
   const BlockLayout& layout = settings.layout;
   out << "flashbch simulate: layout " << layout.describe() << " data bits, t = " << layout.t << " ("
             << layout.parityBits() << " parity bits, " << layout.storedParityBits() << " stored), channel "

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "Tools/utilities.h"
 #include "flashbchRunner.h"
 
 namespace {
@@ -15,15 +16,27 @@ namespace {
 using namespace flashbch;
 using flashbchtest::messageOf;
 
-TEST(PageImage, BitsAreMostSignificantFirst) {
-  const std::uint8_t bytes[2] = {0xA1, 0x0F};
-  int bits[16];
-  bytesToBits(bytes, 2, bits);
-  const int expected[16] = {1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 1, 1};
-  EXPECT_TRUE(std::equal(bits, bits + 16, expected));
-  std::uint8_t back[2];
-  bitsToBytes(bits, 2, back);
-  EXPECT_TRUE(std::equal(back, back + 2, bytes));
+// The packed swaps against the library's int-per-bit swap, for word and
+// group sizes on and off byte boundaries, with a partial last group.
+TEST(PageImage, PackedSwapsMatchTheBitArraySwap) {
+  const int bits = 2208;
+  std::mt19937 rng(11);
+  std::vector<std::uint8_t> image(bits / 8);
+  for (auto& b : image) b = static_cast<std::uint8_t>(rng());
+  const BitOrder orders[] = {{16, 0}, {32, 8}, {0, 13}, {96, 24}, {48, 1000}, {0, 2208}, {16, 2}};
+  for (const BitOrder& order : orders) {
+    std::vector<int> expected(bits);
+    for (int i = 0; i < bits; ++i) expected[i] = (image[i / 8] >> (7 - i % 8)) & 1;
+    byte_and_bit_swap(expected.data(), bits, expected.data(), order.byteSwapWordBits, order.bitSwapGroupBits,
+                      order.byteSwapWordBits != 0, order.bitSwapGroupBits != 0);
+    std::vector<std::uint8_t> swapped = image;
+    swapBlockImage(order, swapped.data(), bits);
+    for (int i = 0; i < bits; ++i)
+      ASSERT_EQ((swapped[i / 8] >> (7 - i % 8)) & 1, expected[i])
+          << "bit " << i << ", swaps " << order.byteSwapWordBits << "/" << order.bitSwapGroupBits;
+    unswapBlockImage(order, swapped.data(), bits);
+    EXPECT_EQ(swapped, image);
+  }
 }
 
 TEST(PageImage, BlockCountAndPartialBlock) {
