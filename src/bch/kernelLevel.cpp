@@ -7,9 +7,10 @@
 KernelLevel detectedKernelLevel() {
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
   __builtin_cpu_init();
-  if (__builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("gfni") && __builtin_cpu_supports("avx512f") &&
-      __builtin_cpu_supports("avx512bw"))
-    return KernelLevel::VectorClmul;
+  // The 512-bit level is not dispatched by default: the flash-codec fuzz
+  // target found a short t = 3 block that it fails to restore while the
+  // 128-bit and scalar levels agree. It stays reachable for the kernel
+  // tests until that is understood and fixed.
   if (__builtin_cpu_supports("pclmul")) return KernelLevel::Clmul;
 #endif
   return KernelLevel::Scalar;
