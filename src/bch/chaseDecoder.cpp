@@ -10,6 +10,7 @@
 
 #include "bch/bchEngine.h"
 #include "bch/packedBits.h"
+#include "Tools/utilities/selection.h"
 
 ChaseDecoder::ChaseDecoder(BchEngine& engine_, int b_, Options options_)
     : engine(engine_),
@@ -18,62 +19,44 @@ ChaseDecoder::ChaseDecoder(BchEngine& engine_, int b_, Options options_)
       t(engine_.correctionPower()),
       b(b_),
       options(options_),
+      massey(*engine_.sharedField(), t),
+      finder(*engine_.sharedField(), t, engine_.sharedDivider()->kernelLevel()),
       flipTerms(static_cast<size_t>(kMaxPositions) * 2 * t),
       base(2 * static_cast<size_t>(t)),
       current(2 * static_cast<size_t>(t)),
-      exponents(2 * static_cast<size_t>(t)),
       lambda(2 * static_cast<size_t>(t) + 1),
+      exponents(2 * static_cast<size_t>(t)),
       roots(static_cast<size_t>(t) + 1),
       scratchMessage(packedbits::bytesFor(k)),
       scratchParity(packedbits::bytesFor(engine_.parityLength())) {
-  smallest.reserve(static_cast<size_t>(n));
-  histogram.assign(size_t{4} << 11, 0u);
+  smallest.reserve(std::max(2 * static_cast<size_t>(t) + 1, static_cast<size_t>(kMaxPositions)));
   errors.reserve(static_cast<size_t>(t));
   changed.reserve(static_cast<size_t>(t) + kMaxPositions);
   bestChanged.reserve(static_cast<size_t>(t) + kMaxPositions);
 }
 
 void ChaseDecoder::rankLeastReliable(const float* reliability) {
-  // The bit pattern of a non-negative float, read as an unsigned integer,
-  // grows with its value, so its top 11 bits (sign, exponent and two
-  // mantissa bits) bin the reliabilities in order. One pass counts the bins
-  // (into four interleaved histograms, so that runs of equal bins do not
-  // wait on each other's increments)
-  // (and catches negative values and NaNs, whose patterns lie above that of
-  // +infinity once -0 is read as 0); a second collects the bits up to the
-  // bin that reaches `keep` of them, which are then sorted.
-  const int count = n, keep = std::min(n, 2 * t + 1);
-  uint32_t* const counts = histogram.data();
-  constexpr int kShift = 21, kBins = 1 << (32 - kShift);
-  constexpr uint32_t kInfinity = 0x7F800000u, kMinusZero = 0x80000000u;
-  auto patternOf = [](float r) {
-    uint32_t bits;
-    std::memcpy(&bits, &r, sizeof bits);
-    return bits == kMinusZero ? 0u : bits;
-  };
-  std::fill(histogram.begin(), histogram.end(), 0u);
-  uint32_t low = ~0u, high = 0;
-  for (int i = 0; i < count; ++i) {
-    const uint32_t bits = patternOf(reliability[i]);
-    low = std::min(low, bits);
-    high = std::max(high, bits);
-    ++counts[(i & 3) * kBins + (bits >> kShift)];
+  // The optimality bound needs the 2t + 1 least reliable bits, the test
+  // patterns the eta least reliable.
+  const int keep = std::min(n, std::max(2 * t + 1, eta));
+  // One pass rejects negative values and NaNs (!(r >= 0) holds for both)
+  // and notes whether the reliabilities differ at all; counting rather than
+  // branching lets the compiler vectorise it.
+  const float first = reliability[0];
+  int bad = 0, differ = 0;
+  for (int i = 0; i < n; ++i) {
+    bad += !(reliability[i] >= 0.0f);
+    differ += reliability[i] != first;
   }
-  for (int b = 0; b < kBins; ++b)
-    counts[b] += counts[kBins + b] + counts[2 * kBins + b] + counts[3 * kBins + b];
-  if (high > kInfinity)
-    for (int i = 0; i < count; ++i)
-      if (patternOf(reliability[i]) > kInfinity)
+  if (bad != 0)
+    for (int i = 0; i < n; ++i)
+      if (!(reliability[i] >= 0.0f))
         throw std::invalid_argument("Chase decoding: reliability of bit " + std::to_string(i) +
                                     " is negative or not a number");
-  if (low == high) eta = 0;  // nothing to rank: no position is less reliable than another
-  uint32_t cut = 0;
-  for (int total = 0; (total += static_cast<int>(counts[cut])) < keep;) ++cut;
-  smallest.clear();
-  for (int i = 0; i < count; ++i)
-    if ((patternOf(reliability[i]) >> kShift) <= cut) smallest.push_back({reliability[i], i});
-  std::partial_sort(smallest.begin(), smallest.begin() + keep, smallest.end());
-  smallest.resize(keep);
+  if (differ == 0) eta = 0;  // nothing to rank: no position is less reliable than another
+  tools::smallestK(reliability, static_cast<size_t>(n), static_cast<size_t>(keep), order);
+  smallest.resize(order.size());
+  for (size_t i = 0; i < order.size(); ++i) smallest[i] = {reliability[order[i]], static_cast<int>(order[i])};
 }
 
 void ChaseDecoder::flipBit(uint8_t* message, uint8_t* parity, int bit) const {
@@ -84,20 +67,21 @@ void ChaseDecoder::flipBit(uint8_t* message, uint8_t* parity, int bit) const {
 
 bool ChaseDecoder::decodeTestWord(const uint8_t* message, const uint8_t* parity) {
   errors.clear();
-  const FieldTables& field = *engine.sharedField();
-  if (options.incrementalSyndromes) {
-    uint16_t any = 0;
-    for (uint16_t s : current) any |= s;
-    if (any == 0) return true;
-    for (int j = 0; j < 2 * t; ++j) exponents[j] = field.toExponent(current[j]);
-  } else if (engine.syndromes(message, k, parity, exponents.data())) {
-    return true;
+  if (!options.incrementalSyndromes) {
+    if (engine.syndromes(message, k, parity, exponents.data())) return true;
+    const FieldTables& field = *engine.sharedField();
+    for (int j = 0; j < 2 * t; ++j) current[j] = field.fromExponent(exponents[j]);
   }
+  uint16_t any = 0;
+  for (uint16_t s : current) any |= s;
+  if (any == 0) return true;
   ++locatorCount;
-  engine.locator(exponents.data(), -1, lambda.data());
+  // A test word is a binary word, so with b = 1 its syndromes satisfy
+  // S_2i = S_i^2 and Berlekamp's binary shortcut applies.
+  massey.locator(current.data(), -1, lambda.data(), b == 1);
   int d = 2 * t;
-  while (d > 0 && lambda[d] == field.order()) --d;
-  if (d == 0 || d > t || !engine.roots(lambda.data(), d, roots.data())) return false;
+  while (d > 0 && lambda[d] == 0) --d;
+  if (d == 0 || d > t || !finder.find(lambda.data(), d, n, roots.data())) return false;
   for (int e = 0; e < d; ++e) errors.push_back(n - 1 - roots[e]);
   return true;
 }
@@ -165,9 +149,14 @@ ChaseDecoder::Outcome ChaseDecoder::decode(uint8_t* message, uint8_t* parity, co
   const FieldTables& field = *engine.sharedField();
   const int order = field.order();
   for (int i = 0; i < eta; ++i) {
-    const long long degree = n - 1 - smallest[i].bit;
-    for (int j = 0; j < 2 * t; ++j)
-      flipTerms[static_cast<size_t>(i) * 2 * t + j] = field.exp(static_cast<int>((b + j) * degree % order));
+    // alpha^((b+j) p) for j = 0..2t-1: the exponent steps by p modulo the order.
+    const int degree = n - 1 - smallest[i].bit;
+    int e = static_cast<int>(static_cast<long long>(b) * degree % order);
+    for (int j = 0; j < 2 * t; ++j) {
+      flipTerms[static_cast<size_t>(i) * 2 * t + j] = field.exp(e);
+      e += degree;
+      if (e >= order) e -= order;
+    }
   }
   const size_t messageBytes = packedbits::bytesFor(k), parityBytes = packedbits::bytesFor(engine.parityLength());
   if (options.incrementalSyndromes) {

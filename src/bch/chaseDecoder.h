@@ -16,6 +16,11 @@
 //   alpha^((b+j) p) to S_j, and the test words are visited in Gray-code
 //   order, so each step is one flip, 2t XORs;
 // - a test word whose syndromes vanish is a codeword: no locator work;
+// - the other test words go straight to Berlekamp-Massey and the root
+//   finder on polynomial-basis syndromes; a test word is a binary word, so
+//   for b = 1 its syndromes satisfy S_2i = S_i^2 and the binary iteration
+//   (every other discrepancy is zero) gives the same locator at half the
+//   discrepancy work;
 // - optimality stop [D. J. Taipale and M. B. Pursley, "An improvement to
 //   generalized-minimum-distance decoding", IEEE Trans. Inf. Theory 37(1),
 //   1991]: any other codeword c' differs from c in at least d = 2t + 1
@@ -29,12 +34,20 @@
 //   score: such patterns are skipped from the distance |F xor D| alone.
 //   With e errors corrected in y itself, every pattern of at most t - e
 //   flips is skipped, so words well inside the radius cost one decode.
-// The reliabilities needed (the 2t + 1 smallest) are gathered through a
-// histogram of their float bit patterns, which bounds the candidates to sort.
+// Near and beyond t these shortcuts rarely apply: a test word with more
+// than t errors gets a locator of degree t like one with exactly t (with 2t
+// syndromes the iteration lengthens the register at every other step), so
+// only the root search tells them apart, and each such test word costs a
+// locator and a rejected root search.
+// The reliabilities needed (the 2t + 1 smallest) come from the library's
+// partial selection (tools::smallestK).
 #pragma once
 
 #include <cstdint>
 #include <vector>
+
+#include "bch/berlekampMassey.h"
+#include "bch/locatorRoots.h"
 
 class BchEngine;
 
@@ -69,9 +82,6 @@ class ChaseDecoder {
   struct Ranked {
     float reliability;
     int bit;
-    bool operator<(const Ranked& o) const {
-      return reliability < o.reliability || (reliability == o.reliability && bit < o.bit);
-    }
   };
   void rankLeastReliable(const float* reliability);
   // Decodes the current test word; on success E (codeword bits) in errors.
@@ -96,10 +106,12 @@ class ChaseDecoder {
   };
   Known known[kKnownCandidates];
   int knownCount = 0;
-  std::vector<Ranked> smallest;    // the 2t+1 least reliable bits, ascending
-  std::vector<uint32_t> histogram;
+  BerlekampMassey massey;
+  LocatorRoots finder;
+  std::vector<Ranked> smallest;  // the max(2t+1, eta) least reliable bits, ascending
+  std::vector<size_t> order;
   std::vector<uint16_t> flipTerms;  // per selected position i: alpha^((b+j) p_i), j = 0..2t-1
-  std::vector<uint16_t> base, current;
-  std::vector<int> exponents, lambda, roots, errors, changed, bestChanged;
+  std::vector<uint16_t> base, current, lambda;
+  std::vector<int> exponents, roots, errors, changed, bestChanged;
   std::vector<uint8_t> scratchMessage, scratchParity;
 };

@@ -118,10 +118,17 @@ TEST(ChaseDecoder, AgreesAcrossSyndromePathsAndNeverLosesToHardDecoding) {
   }
 }
 
+// eta unreliable bits, one of them an error (at `rank` in reliability
+// order), the other t errors reliable. With eta above 2t + 1 the
+// selection must still reach the eta-th least reliable bit.
 TEST(ChaseDecoder, CorrectsTPlusOneErrorsWhenOneIsAmongTheLeastReliable) {
+  struct Case {
+    int t, eta, rank;
+  } cases[] = {{5, 3, 1}, {40, 3, 1}, {3, 10, 8}};
   std::mt19937 rng(3);
-  for (int t : {5, 40}) {
-    quil::PackedBCH codec(2000, t);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(::testing::Message() << "t=" << c.t << " eta=" << c.eta);
+    quil::PackedBCH codec(2000, c.t);
     const int k = codec.dataBits(), n = k + codec.parityBits();
     Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()), std::vector<float>(n, 4.0f), {}};
     for (auto& b : w.data) b = static_cast<uint8_t>(rng());
@@ -130,21 +137,18 @@ TEST(ChaseDecoder, CorrectsTPlusOneErrorsWhenOneIsAmongTheLeastReliable) {
     std::vector<int> bits(n);
     for (int i = 0; i < n; ++i) bits[i] = i;
     std::shuffle(bits.begin(), bits.end(), rng);
-    for (int e = 0; e <= t; ++e) flip(w, k, bits[e]);
-    // One error and two correct bits are the three least reliable.
-    w.reliability[bits[0]] = 0.5f;
-    w.reliability[bits[t + 1]] = 0.4f;
-    w.reliability[bits[t + 2]] = 0.6f;
+    for (int e = 0; e <= c.t; ++e) flip(w, k, bits[e]);
+    for (int i = 0; i < c.eta; ++i) w.reliability[i == c.rank ? bits[0] : bits[c.t + 1 + i]] = 0.1f * (i + 1);
     Word hard = w;
     EXPECT_NE(codec.decode(hard.data.data(), hard.parity.data()).status, quil::DecodeStatus::Corrected);
-    std::vector<int> positions(t + 3);
-    const quil::DecodeResult r = codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), 3,
+    std::vector<int> positions(c.t + c.eta);
+    const quil::DecodeResult r = codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), c.eta,
                                                   positions.data());
-    ASSERT_EQ(r.status, quil::DecodeStatus::Corrected) << "t=" << t;
-    EXPECT_EQ(r.correctedBits, t + 1);
+    ASSERT_EQ(r.status, quil::DecodeStatus::Corrected);
+    EXPECT_EQ(r.correctedBits, c.t + 1);
     EXPECT_EQ(w.data, sent.data);
     EXPECT_EQ(w.parity, sent.parity);
-    std::vector<int> expected(bits.begin(), bits.begin() + t + 1);
+    std::vector<int> expected(bits.begin(), bits.begin() + c.t + 1);
     std::sort(expected.begin(), expected.end());
     positions.resize(r.correctedBits);
     EXPECT_EQ(positions, expected);
