@@ -2,8 +2,6 @@
 #include "bch/chaseDecoder.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string>
