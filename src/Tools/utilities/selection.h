@@ -16,7 +16,8 @@
 // not wait on each other's increments); every value in a bin up to the
 // first where the running count reaches k is kept, and all values above
 // that bin are larger than all kept ones, so the k smallest are among the
-// kept few, which alone go through nth_element and the sort.
+// kept few, which alone are sorted. The histograms and the kept values live
+// in per-thread scratch space, allocated once.
 #pragma once
 
 #include <algorithm>
@@ -66,7 +67,16 @@ void smallestK(const T* values, size_t n, size_t k, std::vector<size_t>& out) {
       constexpr size_t kBins = 2048;
       thread_local std::vector<uint32_t> counts;
       counts.assign(4 * kBins, 0u);
-      for (size_t i = 0; i < n; ++i) ++counts[(i & 3) * kBins + selection_detail::orderBin(values[i])];
+      uint32_t* const c = counts.data();
+      const size_t body = n - n % 4;
+      size_t i = 0;
+      for (; i < body; i += 4) {
+        ++c[selection_detail::orderBin(values[i])];
+        ++c[kBins + selection_detail::orderBin(values[i + 1])];
+        ++c[2 * kBins + selection_detail::orderBin(values[i + 2])];
+        ++c[3 * kBins + selection_detail::orderBin(values[i + 3])];
+      }
+      for (; i < n; ++i) ++c[selection_detail::orderBin(values[i])];
       uint32_t cut = 0;
       for (size_t total = 0;; ++cut) {
         total += counts[cut] + counts[kBins + cut] + counts[2 * kBins + cut] + counts[3 * kBins + cut];
@@ -83,7 +93,7 @@ void smallestK(const T* values, size_t n, size_t k, std::vector<size_t>& out) {
       };
       thread_local std::vector<Kept> kept;
       kept.clear();
-      for (size_t i = 0; i < n; ++i)
+      for (i = 0; i < n; ++i)
         if (selection_detail::orderBin(values[i]) <= cut) kept.push_back({values[i], i});
       std::partial_sort(kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(k), kept.end());
       out.resize(k);
