@@ -39,8 +39,8 @@
 // syndromes the iteration lengthens the register at every other step), so
 // only the root search tells them apart, and each such test word costs a
 // locator and a rejected root search.
-// The reliabilities needed (the 2t + 1 smallest) come from the library's
-// partial selection (tools::smallestK).
+// The reliabilities needed (the max(2t + 1, eta) smallest) come from the
+// library's partial selection (tools::smallestK).
 #pragma once
 
 #include <cstdint>
