@@ -1,7 +1,7 @@
-// Partial selection against a stable sort, for the inputs where a bar taken
-// from a sample, or an ordering of floating-point values, can go wrong:
-// negative values, -0 against +0, infinities, many ties, values that are
-// nearly all equal, and a sample that misjudges the rest (the fallback).
+// Partial selection against a stable sort, for the inputs where binning
+// floating-point values by their bit patterns can go wrong: negative
+// values, -0 against +0, infinities, many ties, values that share one bin,
+// and a cut that falls inside a bin crowded with ties.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,23 +20,28 @@ template <typename T>
 void expectSmallestKMatchesAStableSort(const char* type) {
   std::mt19937 rng(9);
   const T inf = std::numeric_limits<T>::infinity();
-  // Each draw gives value i of n.
-  const std::vector<std::function<T(size_t, size_t)>> draws{
-      [&](size_t, size_t) { return static_cast<T>(static_cast<int>(rng() % 2001) - 1000) / 64; },
-      [&](size_t, size_t) { return std::ldexp(static_cast<T>(rng() % 1000 + 1), static_cast<int>(rng() % 60) - 30); },
-      [&](size_t, size_t) { return T(1) + static_cast<T>(rng() % 100) * std::numeric_limits<T>::epsilon(); },
-      [&](size_t, size_t) {
+  const std::vector<std::function<T()>> draws{
+      [&] { return static_cast<T>(static_cast<int>(rng() % 2001) - 1000) / 64; },
+      [&] { return std::ldexp(static_cast<T>(rng() % 1000 + 1), static_cast<int>(rng() % 60) - 30); },
+      [&] { return T(1) + static_cast<T>(rng() % 100) * std::numeric_limits<T>::epsilon(); },
+      [&] {
         const T specials[] = {T(0), -T(0), inf, -inf, T(-1e-30), T(3)};
         return specials[rng() % 6];
       },
-      // Small values exactly at evenly spaced positions (for n = 5120 those a
-      // 256-value sample reads), large ones between.
-      [&](size_t i, size_t n) { return i % (n / 256) == 0 ? T(-1) : T(5) + static_cast<T>(rng() % 7); }};
+      // A few zeros of either sign below everything else: the k smallest
+      // are +0s and -0s in index order.
+      [&] {
+        const unsigned r = rng() % 100;
+        return r == 0 ? T(0) : r == 1 ? -T(0) : T(5);
+      },
+      // Nearly all equal, a few smaller: the k-th smallest lies in a bin
+      // crowded with ties that only the index orders.
+      [&] { return rng() % 64 == 0 ? static_cast<T>(rng() % 5) : T(7); }};
   for (size_t d = 0; d < draws.size(); ++d)
-    for (size_t n : {size_t{300}, size_t{5120}})
+    for (size_t n : {size_t{300}, size_t{5000}})
       for (size_t k : {size_t{0}, size_t{1}, size_t{37}, n / 16, n / 4}) {
         std::vector<T> v(n);
-        for (size_t i = 0; i < n; ++i) v[i] = draws[d](i, n);
+        for (auto& x : v) x = draws[d]();
         std::vector<size_t> order(n);
         std::iota(order.begin(), order.end(), size_t{0});
         std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return v[a] < v[b]; });
