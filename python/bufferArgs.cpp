@@ -53,7 +53,8 @@ std::string sweepText(const py::object& sweep) {
   if (py::isinstance<py::float_>(sweep) || py::isinstance<py::int_>(sweep))
     return flashbch::formatNumber(sweep.cast<double>());
   std::string text;
-  for (const py::handle& value : sweep) text += (text.empty() ? "" : ",") + flashbch::formatNumber(value.cast<double>());
+  for (const py::handle& value : sweep)
+    text += (text.empty() ? "" : ",") + flashbch::formatNumber(value.cast<double>());
   return text;
 }
 

@@ -77,7 +77,8 @@ py::object runSettingValue(const flashbch::RunSetting& setting) {
   if (setting.kind == flashbch::RunSetting::Kind::Text) return py::str(setting.text);
   py::list numbers;
   std::istringstream items(setting.text);
-  for (std::string item; std::getline(items, item, ',');) numbers.append(py::float_(std::strtod(item.c_str(), nullptr)));
+  for (std::string item; std::getline(items, item, ',');)
+    numbers.append(py::float_(std::strtod(item.c_str(), nullptr)));
   if (setting.kind == flashbch::RunSetting::Kind::Numbers) return std::move(numbers);
   const double x = numbers[0].cast<double>();
   return x == std::floor(x) ? py::object(py::int_(static_cast<long long>(x))) : py::object(numbers[0]);
