@@ -14,6 +14,13 @@ best run of each:
                many ranks (the start-up of MPI and of the codecs)
   work ratio   one rank's CPU per block over this run's: 1.0 means sharing
                out the rounds cost no extra work (reductions, waiting)
+  in MPI       the share of the run each rank spent inside MPI collectives
+               (the reductions, and broadcasts at start-up), lowest and
+               highest over the ranks, measured through the MPI profiling
+               interface by bench/mpi_time_shim.c (built here with mpicc and
+               preloaded). The rank that reaches a reduction last waits
+               least, so the lowest share is the cost of communicating; the
+               gap up to the highest is waiting for a slower rank.
 
 On an idle machine with at least as many cores as ranks the speedup follows
 the work ratio; on a loaded one the wall-clock figures only say how much of
@@ -44,34 +51,51 @@ def table(document):
     return json.dumps([{k: v for k, v in p.items() if k != "seconds"} for p in document["points"]])
 
 
-def run(ranks, path, count=None):
+def build_shim(work):
+    shim = os.path.join(work, "mpi_time_shim.so")
+    source = os.path.join(os.path.dirname(os.path.abspath(__file__)), "mpi_time_shim.c")
+    subprocess.run(["mpicc", "-O2", "-shared", "-fPIC", source, "-o", shim], check=True)
+    return shim
+
+
+def run(ranks, path, shim, count=None):
     count = count or blocks
+    times = path + ".mpi-times"
+    if os.path.exists(times):
+        os.remove(times)
+    profile = ["-x", "LD_PRELOAD=" + shim, "-x", "QFB_MPI_TIME_FILE=" + times]
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    subprocess.run(launcher + ["-np", str(ranks), flashbch] + args + ["--max-frames", str(count), "--json", path], check=True,
-                   stdout=subprocess.DEVNULL)
+    subprocess.run(launcher + profile + ["-np", str(ranks), flashbch] + args + ["--max-frames", str(count), "--json", path],
+                   check=True, stdout=subprocess.DEVNULL)
     after = resource.getrusage(resource.RUSAGE_CHILDREN)
     cpu = (after.ru_utime - before.ru_utime) + (after.ru_stime - before.ru_stime)
     with open(path) as f:
         document = json.load(f)
     seconds = sum(p["seconds"] for p in document["points"])
-    return count / seconds, cpu, table(document)
+    with open(times) as f:
+        shares = [float(c) / float(t) for _, _, c, t in (line.split() for line in f)]
+    return count / seconds, cpu, table(document), (min(shares), max(shares))
 
 
 with open("/proc/loadavg") as f:
     load = f.read().split()[0]
 print(f"flashbch simulate {' '.join(args[1:])} --max-frames {blocks}, best of {repeats}; {os.cpu_count()} cores, load average {load}")
 print()
-print("| ranks | blocks/s | speedup | CPU µs/block | work ratio |")
-print("|---:|---:|---:|---:|---:|")
+print("| ranks | blocks/s | speedup | CPU µs/block | work ratio | in MPI (lowest, highest rank) |")
+print("|---:|---:|---:|---:|---:|---:|")
 reference = None
 with tempfile.TemporaryDirectory() as work:
+    shim = build_shim(work)
     for ranks in ranks_list:
-        startup = min(run(ranks, os.path.join(work, "start.json"), 16)[1] for _ in range(repeats))
-        results = [run(ranks, os.path.join(work, f"{ranks}.json")) for _ in range(repeats)]
-        rate = max(r[0] for r in results)
+        startup = min(run(ranks, os.path.join(work, "start.json"), shim, 16)[1] for _ in range(repeats))
+        results = [run(ranks, os.path.join(work, f"{ranks}.json"), shim) for _ in range(repeats)]
+        best = max(results, key=lambda r: r[0])
+        rate = best[0]
         cpu = (min(r[1] for r in results) - startup) / (blocks - 16) * 1e6
         if reference is None:
             reference = (rate, cpu, results[0][2])
         if any(r[2] != reference[2] for r in results):
             sys.exit(f"mpi_speedup: the table of {ranks} ranks differs from the first run's")
-        print(f"| {ranks} | {rate:.0f} | {rate / reference[0]:.2f} | {cpu:.1f} | {reference[1] / cpu:.2f} |")
+        low, high = best[3]
+        print(f"| {ranks} | {rate:.0f} | {rate / reference[0]:.2f} | {cpu:.1f} | {reference[1] / cpu:.2f} "
+              f"| {100 * low:.1f}%, {100 * high:.1f}% |")

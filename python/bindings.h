@@ -10,6 +10,7 @@ namespace py = pybind11;
 void bindBch(py::module_& m);
 void bindFlashCodec(py::module_& m);
 void bindAnalysis(py::module_& m);
+void bindNand(py::module_& m);
 void bindSimulate(py::module_& m);
 
 }  // namespace qfbpy

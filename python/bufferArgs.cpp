@@ -5,6 +5,8 @@
 #include <thread>
 #include <vector>
 
+#include "sweep.h"
+
 namespace qfbpy {
 
 ByteBuffer::ByteBuffer(const py::handle& object, const char* name, bool writable) : name_(name) {
@@ -42,6 +44,17 @@ std::string layoutText(const LayoutArg& layout) {
   if (const auto* text = std::get_if<std::string>(&layout)) return *text;
   std::string text;
   for (int k : std::get<std::vector<int>>(layout)) text += (text.empty() ? "" : ",") + std::to_string(k);
+  return text;
+}
+
+std::string sweepText(const py::object& sweep) {
+  if (sweep.is_none()) return "";
+  if (py::isinstance<py::str>(sweep)) return sweep.cast<std::string>();
+  if (py::isinstance<py::float_>(sweep) || py::isinstance<py::int_>(sweep))
+    return flashbch::formatNumber(sweep.cast<double>());
+  std::string text;
+  for (const py::handle& value : sweep)
+    text += (text.empty() ? "" : ",") + flashbch::formatNumber(value.cast<double>());
   return text;
 }
 

@@ -44,6 +44,10 @@ class ByteBuffer {
   std::string name_;
 };
 
+// A sweep as Python gives it: the command line's text ("13.9:0.2:14.9"), a
+// number, or numbers; as the command line's text ("" for None).
+std::string sweepText(const py::object& sweep);
+
 // threads = 0 is every core; otherwise 1 .. 1024, as the command line's
 // --threads. Throws ValueError with the command line's message.
 int threadCount(int threads);

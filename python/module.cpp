@@ -1,5 +1,6 @@
 // The quilflashbch Python module: the packed BCH codec, whole flash blocks,
-// and the analytic error rates, on bytes and numpy arrays.
+// the analytic error rates, the NAND cell model's page error rates and the
+// simulator, on bytes and numpy arrays.
 //
 // Errors: a request the command line would refuse raises ValueError with the
 // command line's message (UsageError); an argument of the wrong type, or
@@ -19,6 +20,7 @@ NAND-flash ECC: binary BCH codes over GF(2^15) on packed bytes.
   BCH(data_bits, t)     one codeword: encode, decode, encode_batch, decode_batch
   FlashCodec(layout, t) whole blocks as stored: encode, decode with a report
   analytic_fer, uber    failure rates of a bounded-distance decoder
+  nand(...)             `flashbch nand`: page RBER and optimal read references of a cell model
   simulate(...)         `flashbch simulate`: rows as dicts and a numpy structured array
   Status                CLEAN, CORRECTED, UNCORRECTABLE, ERASED (uint8 codes in arrays)
 
@@ -41,5 +43,6 @@ Every call releases the GIL; objects may be shared between Python threads.)doc";
   qfbpy::bindBch(m);
   qfbpy::bindFlashCodec(m);
   qfbpy::bindAnalysis(m);
+  qfbpy::bindNand(m);
   qfbpy::bindSimulate(m);
 }

@@ -1,6 +1,7 @@
 """NAND-flash ECC: binary BCH codes over GF(2^15) on packed bytes."""
 
 import enum
+import os
 from typing import Callable, Optional, Sequence, Union, overload
 
 import numpy as np
@@ -116,6 +117,17 @@ def uber(layout: _Layout, t: int, rber: float, log10: bool = False) -> float: ..
 @overload
 def uber(layout: _Layout, t: int, rber: npt.ArrayLike, log10: bool = False) -> npt.NDArray[np.float64]: ...
 
+def nand(
+    *,
+    cell: str = "tlc",
+    model: Union[None, str, "os.PathLike[str]"] = None,
+    page: str = "all",
+    pe: Union[str, int, Sequence[int]] = "0:1000:5000",
+    retention: Union[str, float, Sequence[float]] = "0,24,720,8760",
+    layout: _Layout = "4x8192",
+    target_uber: float = 1e-15,
+) -> list[dict[str, Union[int, float, str, list[float], None]]]: ...
+
 class SimulationResult:
     @property
     def rows(self) -> list[dict[str, Union[int, float, str, None]]]: ...
@@ -141,4 +153,15 @@ def simulate(
     seed: int = 1,
     threads: int = 0,
     progress: Optional[Callable[[dict[str, Union[int, float]]], None]] = None,
+    cell: str = "tlc",
+    model: Union[None, str, "os.PathLike[str]"] = None,
+    page: str = "upper",
+    pe: Union[None, str, int, Sequence[int]] = None,
+    retention: Union[None, str, float, Sequence[float]] = None,
+    refs: Union[str, Sequence[float]] = "default",
+    soft_reads: int = 0,
+    soft_step: float = 0.05,
+    dispersion: Optional[float] = None,
+    decoder: str = "hard",
+    chase_positions: int = 6,
 ) -> SimulationResult: ...

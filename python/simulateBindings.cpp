@@ -28,17 +28,6 @@ struct SimulationResult {
   py::dict settings;
 };
 
-// A sweep given as text ("13.9:0.2:14.9"), a number, or numbers.
-std::string sweepText(const py::object& sweep) {
-  if (sweep.is_none()) return "";
-  if (py::isinstance<py::str>(sweep)) return sweep.cast<std::string>();
-  if (py::isinstance<py::float_>(sweep) || py::isinstance<py::int_>(sweep))
-    return flashbch::formatNumber(sweep.cast<double>());
-  std::string text;
-  for (const py::handle& value : sweep) text += (text.empty() ? "" : ",") + flashbch::formatNumber(value.cast<double>());
-  return text;
-}
-
 // A whole or real option as the command line would read its text.
 std::string numberText(const py::object& value) { return value.is_none() ? "" : py::str(value).cast<std::string>(); }
 
@@ -82,10 +71,26 @@ py::object structuredArray(const flashbch::ResultTable& table) {
   return py::module_::import("numpy").attr("array")(records, py::arg("dtype") = dtype);
 }
 
+// A channel or decoder setting as the JSON records it: text, a number, or
+// a list of numbers.
+py::object runSettingValue(const flashbch::RunSetting& setting) {
+  if (setting.kind == flashbch::RunSetting::Kind::Text) return py::str(setting.text);
+  py::list numbers;
+  std::istringstream items(setting.text);
+  for (std::string item; std::getline(items, item, ',');)
+    numbers.append(py::float_(std::strtod(item.c_str(), nullptr)));
+  if (setting.kind == flashbch::RunSetting::Kind::Numbers) return std::move(numbers);
+  const double x = numbers[0].cast<double>();
+  return x == std::floor(x) ? py::object(py::int_(static_cast<long long>(x))) : py::object(numbers[0]);
+}
+
 SimulationResult simulate(const LayoutArg& layout, int t, const std::string& channel, const py::object& snr,
                           const py::object& rber, const std::string& estimator, const py::object& maxFailures,
                           const py::object& maxFrames, const py::object& timeLimit, const py::object& targetRelCi,
-                          const py::object& seed, int threads, const py::object& progress) {
+                          const py::object& seed, int threads, const py::object& progress, const std::string& cell,
+                          const py::object& model, const std::string& page, const py::object& pe,
+                          const py::object& retention, const py::object& refs, int softReads, double softStep,
+                          const py::object& dispersion, const std::string& decoder, int chasePositions) {
   flashbch::SimulateOptions o;
   o.layout = layoutText(layout);
   o.t = t;
@@ -99,6 +104,17 @@ SimulationResult simulate(const LayoutArg& layout, int t, const std::string& cha
   o.targetRelCi = numberText(targetRelCi);
   o.seed = numberText(seed);
   o.threads = threads;
+  o.cell = cell;
+  o.model = model.is_none() ? "" : py::str(model).cast<std::string>();
+  o.page = page;
+  o.pe = sweepText(pe);
+  o.retention = sweepText(retention);
+  o.refs = sweepText(refs);
+  o.softReads = softReads;
+  o.softStep = softStep;
+  o.dispersion = numberText(dispersion);
+  o.decoder = decoder;
+  o.chasePositions = chasePositions;
   std::atomic<bool> cancel{false};
   const flashbch::SimulationSettings settings = flashbch::settingsFrom(o, &cancel);
 
@@ -128,7 +144,7 @@ SimulationResult simulate(const LayoutArg& layout, int t, const std::string& cha
   };
   {
     py::gil_scoped_release unlocked;
-    flashbch::runSimulationSweep(settings, r.table, onProgress, {});
+    flashbch::runSimulationSweep(settings, nullptr, r.table, onProgress, {});
   }
   if (interrupted) {
     PyErr_SetNone(PyExc_KeyboardInterrupt);
@@ -152,6 +168,11 @@ SimulationResult simulate(const LayoutArg& layout, int t, const std::string& cha
   r.settings["threads"] = settings.threads;
   r.settings["max_fe"] = settings.maxFailures;
   r.settings["max_frames"] = settings.maxBlocks;
+  for (const flashbch::RunSetting& setting : settings.runSettings) {
+    std::string key = setting.name;
+    for (char& c : key) c = c == '-' ? '_' : c;
+    r.settings[py::str(key)] = runSettingValue(setting);
+  }
   return r;
 }
 
@@ -173,15 +194,25 @@ void bindSimulate(py::module_& m) {
         py::arg("channel") = "awgn", py::arg("snr") = py::none(), py::arg("rber") = py::none(),
         py::arg("estimator") = "mc", py::arg("max_fe") = 100, py::arg("max_frames") = py::none(),
         py::arg("time_limit") = py::none(), py::arg("target_rel_ci") = py::none(), py::arg("seed") = 1,
-        py::arg("threads") = 0, py::arg("progress") = py::none(), R"doc(
+        py::arg("threads") = 0, py::arg("progress") = py::none(), py::arg("cell") = "tlc",
+        py::arg("model") = py::none(), py::arg("page") = "upper", py::arg("pe") = py::none(),
+        py::arg("retention") = py::none(), py::arg("refs") = "default", py::arg("soft_reads") = 0,
+        py::arg("soft_step") = 0.05, py::arg("dispersion") = py::none(), py::arg("decoder") = "hard",
+        py::arg("chase_positions") = 6, R"doc(
 simulate(*, layout="4x8192", t=40, channel="awgn", snr=None, rber=None, estimator="mc",
          max_fe=100, max_frames=None, time_limit=None, target_rel_ci=None, seed=1,
-         threads=0, progress=None) -> SimulationResult
+         threads=0, progress=None, cell="tlc", model=None, page="upper", pe=None,
+         retention=None, refs="default", soft_reads=0, soft_step=0.05, dispersion=None,
+         decoder="hard", chase_positions=6) -> SimulationResult
 
 `flashbch simulate` with its options as keywords (--max-fe is max_fe, and
-so on; None is the command line's default). snr and rber take the
-command line's sweep text ("13.9:0.2:14.9", "2.8e-3:*1.2:7e-3"), a number
-or a list of numbers. progress, when given, is called between rounds with
+so on; None is the command line's default). snr, rber, pe and retention
+take the command line's sweep text ("13.9:0.2:14.9", "2.8e-3:*1.2:7e-3",
+"1y"), a number or a list of numbers (retention in hours); refs is
+"default", "optimal" or every reference of the cell in volts. The NAND
+channel (channel="nand") takes cell, model, page, pe, retention, refs,
+soft_reads and soft_step; channel="bbm" takes dispersion; decoder="chase"
+takes chase_positions. settings holds them as the JSON records them. progress, when given, is called between rounds with
 a dict (point, points, blocks, failures, codewords, seconds). The table
 depends on the options and the seed only, never on threads. Rates below
 1e-308 read as 0.0. Ctrl-C stops the run and raises KeyboardInterrupt.)doc");

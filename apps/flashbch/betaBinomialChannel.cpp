@@ -17,19 +17,14 @@ BetaBinomialChannel::BetaBinomialChannel(double p, double rho) : p_(p), rho_(rho
 }
 
 // Marsaglia and Tsang, "A simple method for generating gamma variables",
-// ACM TOMS 26(3), 2000; shapes below 1 through Gamma(a + 1) U^(1/a). The
-// normal deviates come from Marsaglia's polar method.
+// ACM TOMS 26(3), 2000; shapes below 1 through Gamma(a + 1) U^(1/a).
 double BetaBinomialChannel::gamma(double shape, RandomStream& rng) const {
   if (shape < 1.0) return gamma(shape + 1.0, rng) * std::pow(rng.uniformPositive(), 1.0 / shape);
   const double d = shape - 1.0 / 3.0, c = 1.0 / std::sqrt(9.0 * d);
   for (;;) {
-    double u, v, s;
-    do {
-      u = 2.0 * rng.uniformPositive() - 1.0;
-      v = 2.0 * rng.uniformPositive() - 1.0;
-      s = u * u + v * v;
-    } while (s >= 1.0 || s == 0.0);
-    const double x = u * std::sqrt(-2.0 * std::log(s) / s);
+    double u, v;
+    const double f = rng.polarPoint(u, v);
+    const double x = u * f;
     const double t = 1.0 + c * x;
     if (t <= 0.0) continue;
     const double cube = t * t * t, w = rng.uniformPositive();

@@ -56,7 +56,7 @@ class BinarySymmetric : public Channel {
   double parameter_, p_, logKeep_;
 };
 
-// One Gaussian per bit (Marsaglia's polar method); bit 0 is sent as +1, and
+// One Gaussian per bit; bit 0 is sent as +1, and
 // by the symmetry of the noise every bit errs alike.
 class GaussianPerBit : public Channel {
  public:
@@ -68,13 +68,8 @@ class GaussianPerBit : public Channel {
   void sampleErrors(int n, RandomStream& rng, std::vector<int>& positions) const override {
     positions.clear();
     for (int i = 0; i < n; i += 2) {
-      double u, v, s;
-      do {
-        u = 2.0 * rng.uniformPositive() - 1.0;
-        v = 2.0 * rng.uniformPositive() - 1.0;
-        s = u * u + v * v;
-      } while (s >= 1.0 || s == 0.0);
-      const double scale = sigma_ * std::sqrt(-2.0 * std::log(s) / s);
+      double u, v;
+      const double scale = sigma_ * rng.polarPoint(u, v);
       if (1.0 + scale * u < 0.0) positions.push_back(i);
       if (i + 1 < n && 1.0 + scale * v < 0.0) positions.push_back(i + 1);
     }

@@ -14,29 +14,22 @@
 
 namespace flashbch {
 
-class ChaseCodewordDecoder : public CodewordDecoder {
+class ChaseCodewordDecoder : public PackedHardDecoder {
  public:
   // Throws std::invalid_argument for eta outside 0 .. 10.
   ChaseCodewordDecoder(int dataBits, int t, int eta);
-  int dataBits() const override { return codec_.dataBits(); }
-  int codeBits() const override { return codec_.dataBits() + codec_.parityBits(); }
   int boundedDistanceRadius() const override { return -1; }
   // With w <= t - eta errors every test word lies within t of the codeword
   // sent, decodes to it, and so does the search.
-  int correctsUpTo() const override { return std::max(-1, codec_.correctionPower() - eta_); }
-  int maxFlips() const override { return codec_.correctionPower() + eta_; }
-  void setMessage(const std::uint8_t* data) override;
+  int correctsUpTo() const override { return std::max(-1, codec().correctionPower() - eta_); }
+  int maxFlips() const override { return codec().correctionPower() + eta_; }
   void setReliabilities(const float* reliability) override { reliability_ = reliability; }
-  TrialOutcome decode(const std::vector<int>& errors) override;
 
  private:
-  void flip(int bit);
-  quil::PackedBCH codec_;
+  quil::DecodeResult decodeWord(std::uint8_t* data, std::uint8_t* parity, int* corrected) override;
   int eta_;
   const float* reliability_ = nullptr;
   std::vector<float> flat_;
-  std::vector<std::uint8_t> data_, parity_;
-  std::vector<int> corrected_, residual_;
 };
 
 }  // namespace flashbch

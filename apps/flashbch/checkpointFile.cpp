@@ -8,7 +8,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "atomicFile.h"
+#include "outputFile.h"
 #include "usageError.h"
 
 namespace flashbch {
@@ -40,11 +40,7 @@ CheckpointFile::CheckpointFile(const CheckpointOptions& o, bool checkFiles)
     if (!probe) throw UsageError("--resume: cannot read " + resume_ + ": " + std::strerror(errno));
   }
   if (!path_.empty()) {
-    try {
-      checkDirectoryWritable(path_);
-    } catch (const std::runtime_error& e) {
-      throw UsageError(std::string(o.file.empty() ? "--resume: " : "--checkpoint: ") + e.what());
-    }
+    checkWritable(o.file.empty() ? "--resume" : "--checkpoint", path_);
   }
 }
 
@@ -68,7 +64,7 @@ bool CheckpointFile::due() const {
 std::string CheckpointFile::write(const Checkpoint& checkpoint) {
   lastWrite_ = std::chrono::steady_clock::now();
   try {
-    writeFileAtomically(path_, checkpoint.serialize());
+    writeOutputFile("--checkpoint", path_, checkpoint.serialize());
   } catch (const std::runtime_error& e) {
     return e.what();
   }

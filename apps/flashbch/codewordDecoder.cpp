@@ -6,11 +6,11 @@
 
 namespace flashbch {
 
-PackedHardDecoder::PackedHardDecoder(int dataBits, int t)
+PackedHardDecoder::PackedHardDecoder(int dataBits, int t, int mostCorrected)
     : codec_(dataBits, t),
       data_(static_cast<size_t>(codec_.dataBytes())),
       parity_(static_cast<size_t>(codec_.parityBytes())),
-      corrected_(static_cast<size_t>(t)) {
+      corrected_(static_cast<size_t>(mostCorrected)) {
   codec_.encode(data_.data(), parity_.data());
 }
 
@@ -26,9 +26,13 @@ void PackedHardDecoder::flip(int bit) {
   word[at >> 3] = static_cast<std::uint8_t>(word[at >> 3] ^ (0x80 >> (at & 7)));
 }
 
+quil::DecodeResult PackedHardDecoder::decodeWord(std::uint8_t* data, std::uint8_t* parity, int* corrected) {
+  return codec_.decode(data, parity, corrected);
+}
+
 TrialOutcome PackedHardDecoder::decode(const std::vector<int>& errors) {
   for (int bit : errors) flip(bit);
-  const quil::DecodeResult result = codec_.decode(data_.data(), parity_.data(), corrected_.data());
+  const quil::DecodeResult result = decodeWord(data_.data(), parity_.data(), corrected_.data());
   // The word now differs from the codeword sent in the channel's errors,
   // less the corrections that hit them, plus the ones that did not.
   residual_.clear();

@@ -62,16 +62,26 @@ class CodewordDecoder {
 };
 
 // Bounded-distance hard decoding on the packed codec: O(errors) work besides
-// the codec's own, no per-bit arrays.
+// the codec's own, no per-bit arrays. Other decoders of the packed codec
+// (Chase) derive from it and replace decodeWord.
 class PackedHardDecoder : public CodewordDecoder {
  public:
-  PackedHardDecoder(int dataBits, int t);
+  PackedHardDecoder(int dataBits, int t) : PackedHardDecoder(dataBits, t, t) {}
   int dataBits() const override { return codec_.dataBits(); }
   int codeBits() const override { return codec_.dataBits() + codec_.parityBits(); }
   int boundedDistanceRadius() const override { return codec_.correctionPower(); }
   int maxFlips() const override { return codec_.correctionPower(); }
   void setMessage(const std::uint8_t* data) override;
-  TrialOutcome decode(const std::vector<int>& errors) override;
+  TrialOutcome decode(const std::vector<int>& errors) final;
+
+ protected:
+  // mostCorrected: the most bit indices decodeWord may report.
+  PackedHardDecoder(int dataBits, int t, int mostCorrected);
+  // Decodes data and parity in place; the flipped codeword bits, ascending,
+  // go to corrected.
+  virtual quil::DecodeResult decodeWord(std::uint8_t* data, std::uint8_t* parity, int* corrected);
+  const quil::PackedBCH& codec() const { return codec_; }
+  quil::PackedBCH& codec() { return codec_; }
 
  private:
   void flip(int bit);

@@ -96,65 +96,82 @@ std::vector<double> parseRetentionSweep(const std::string& flag, const std::stri
   return hours;
 }
 
-int runNand(const NandOptions& o) {
-  const CellModel model = loadCellModel(o.cell, o.model);
-  std::vector<int> pages;
+NandTable computeNandTable(const NandOptions& o) {
+  NandTable table{loadCellModel(o.cell, o.model), {}, {}, {}, {}, {}};
+  const CellModel& model = table.model;
   if (o.page == "all") {
-    for (int p = 0; p < model.pages(); ++p) pages.push_back(p);
+    for (int p = 0; p < model.pages(); ++p) table.pages.push_back(p);
   } else {
     try {
-      pages.push_back(model.pageOfName(o.page));
+      table.pages.push_back(model.pageOfName(o.page));
     } catch (const std::invalid_argument& e) {
       throw UsageError(std::string("--page: ") + e.what());
     }
   }
-  const std::vector<double> cycles = parseSweep("--pe", o.pe, SweepKind::Integer, 0.0, CellModel::kMaxCycles);
-  const std::vector<double> hours = parseRetentionSweep("--retention", o.retention);
+  table.cycles = parseSweep("--pe", o.pe, SweepKind::Integer, 0.0, CellModel::kMaxCycles);
+  table.hours = parseRetentionSweep("--retention", o.retention);
   const std::vector<int> dataBits = parseLayout(o.layout);
-  makeLayout(dataBits, 1, false);
+  table.layout = makeLayout(dataBits, 1, false);
   if (!(o.targetUber > 0.0 && o.targetUber < 1.0))
     throw UsageError("--target-uber: " + formatNumber(o.targetUber) + " is outside the accepted range (0, 1)");
-  if (!o.plot.empty()) checkPlotTarget(o.plot);
-  checkWritable("--csv", o.csv);
-  checkWritable("--json", o.json);
-
-  const std::string cell = CellModel::cellName(model.bitsPerCell());
-  ResultTable table({"cell", "page", "pe", "retention_hours", "rber_default_refs", "rber_optimal_refs",
-                     "t_default_refs", "t_optimal_refs", "optimal_refs"});
-  Json rows = Json::array();
-  for (int page : pages)
-    for (double n : cycles)
-      for (double h : hours) {
-        PageReadModel read = [&] {
+  for (int page : table.pages)
+    for (double n : table.cycles)
+      for (double h : table.hours) {
+        const PageReadModel read = [&] {
           try {
             return PageReadModel(model, page, n, h);
           } catch (const std::invalid_argument& e) {
             throw UsageError(e.what());
           }
         }();
-        const std::vector<double> defaults = read.pageReferencesOf(model.parameters().defaultReferences);
-        const std::vector<double> optimal = read.optimalReferences();
-        const double rberDefault = read.rber(defaults), rberOptimal = read.rber(optimal);
-        const int tDefault = tNeeded(dataBits, rberDefault, o.targetUber);
-        const int tOptimal = tNeeded(dataBits, rberOptimal, o.targetUber);
-        table.addRow({Cell::text(cell), Cell::text(model.pageName(page)), Cell::integer(static_cast<int64_t>(n)),
-                      Cell::real(h), Cell::real(rberDefault), Cell::real(rberOptimal), tCell(tDefault),
-                      tCell(tOptimal), Cell::text(joinVolts(optimal))});
-        Json row;
-        row["cell"] = cell;
-        row["page"] = model.pageName(page);
-        row["pe"] = static_cast<int64_t>(n);
-        row["retention_hours"] = h;
-        row["rber_default_refs"] = rberDefault;
-        row["rber_optimal_refs"] = rberOptimal;
-        row["optimal_refs"] = optimal;
-        row["default_refs"] = defaults;
-        row["t_default_refs"] = tDefault > 0 ? Json(tDefault) : Json(nullptr);
-        row["t_optimal_refs"] = tOptimal > 0 ? Json(tOptimal) : Json(nullptr);
-        rows.push_back(row);
+        NandRow row;
+        row.page = page;
+        row.cycles = n;
+        row.retentionHours = h;
+        row.defaultRefs = read.pageReferencesOf(model.parameters().defaultReferences);
+        row.optimalRefs = read.optimalReferences();
+        row.rberDefault = read.rber(row.defaultRefs);
+        row.rberOptimal = read.rber(row.optimalRefs);
+        row.tDefault = tNeeded(dataBits, row.rberDefault, o.targetUber);
+        row.tOptimal = tNeeded(dataBits, row.rberOptimal, o.targetUber);
+        table.rows.push_back(std::move(row));
       }
+  return table;
+}
 
-  const BlockLayout layout = makeLayout(dataBits, 1, false);
+int runNand(const NandOptions& o) {
+  if (!o.plot.empty()) checkPlotTarget(o.plot);
+  checkWritable("--csv", o.csv);
+  checkWritable("--json", o.json);
+  const NandTable nand = computeNandTable(o);
+  const CellModel& model = nand.model;
+  const std::vector<int>& pages = nand.pages;
+  const std::vector<double>&cycles = nand.cycles, &hours = nand.hours;
+
+  const std::string cell = CellModel::cellName(model.bitsPerCell());
+  ResultTable table({"cell", "page", "pe", "retention_hours", "rber_default_refs", "rber_optimal_refs",
+                     "t_default_refs", "t_optimal_refs", "optimal_refs"});
+  Json rows = Json::array();
+  for (const NandRow& r : nand.rows) {
+    table.addRow({Cell::text(cell), Cell::text(model.pageName(r.page)),
+                  Cell::integer(static_cast<int64_t>(r.cycles)), Cell::real(r.retentionHours),
+                  Cell::real(r.rberDefault), Cell::real(r.rberOptimal), tCell(r.tDefault), tCell(r.tOptimal),
+                  Cell::text(joinVolts(r.optimalRefs))});
+    Json row;
+    row["cell"] = cell;
+    row["page"] = model.pageName(r.page);
+    row["pe"] = static_cast<int64_t>(r.cycles);
+    row["retention_hours"] = r.retentionHours;
+    row["rber_default_refs"] = r.rberDefault;
+    row["rber_optimal_refs"] = r.rberOptimal;
+    row["optimal_refs"] = r.optimalRefs;
+    row["default_refs"] = r.defaultRefs;
+    row["t_default_refs"] = r.tDefault > 0 ? Json(r.tDefault) : Json(nullptr);
+    row["t_optimal_refs"] = r.tOptimal > 0 ? Json(r.tOptimal) : Json(nullptr);
+    rows.push_back(row);
+  }
+
+  const BlockLayout& layout = nand.layout;
   std::cout << "flashbch nand: " << cell << " cell, " << (o.model.empty() ? "built-in model" : "model " + o.model)
             << "; exact page RBER with the default and the optimal read references (within "
             << formatNumber(PageReadModel::kDefaultTolerance) << " V); t: smallest t meeting UBER "

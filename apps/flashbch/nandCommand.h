@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "blockLayout.h"
+#include "nand/cellModel.h"
+
 namespace flashbch {
 
 struct NandOptions {
@@ -18,6 +21,27 @@ struct NandOptions {
   double targetUber = 1e-15;
   std::string csv, json, plot;
 };
+
+// One row of the table: a page after some P/E cycles and retention time.
+struct NandRow {
+  int page = 0;
+  double cycles = 0.0, retentionHours = 0.0;
+  std::vector<double> defaultRefs, optimalRefs;  // the page's references, volts
+  double rberDefault = 0.0, rberOptimal = 0.0;
+  int tDefault = 0, tOptimal = 0;  // 0: not reachable up to kMaxT
+};
+
+struct NandTable {
+  CellModel model;
+  std::vector<int> pages;
+  std::vector<double> cycles, hours;
+  BlockLayout layout;          // the data bits, with t = 1
+  std::vector<NandRow> rows;  // for each page, each P/E count, each retention time
+};
+
+// Checks every option but the output files (UsageError naming the flag) and
+// computes the rows: what `flashbch nand` prints and the Python module returns.
+NandTable computeNandTable(const NandOptions& options);
 
 int runNand(const NandOptions& options);
 

@@ -2,14 +2,18 @@
 // see the header.
 #include "nandSimulation.h"
 
+#include <cinttypes>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
 #include "betaBinomialChannel.h"
 #include "chaseCodewordDecoder.h"
+#include "checkpoint.h"
 #include "codeFacts.h"
 #include "errorStatistics.h"
 #include "nandChannel.h"
@@ -31,6 +35,38 @@ auto checked(F make) -> decltype(make()) {
   } catch (const std::invalid_argument& e) {
     throw UsageError(e.what());
   }
+}
+
+std::string exact(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", value);
+  return text;
+}
+
+std::string exactList(const std::vector<double>& values) {
+  std::string text;
+  for (double v : values) text += (text.empty() ? "" : ",") + exact(v);
+  return text;
+}
+
+// Every parameter of a cell model, exactly, in a fixed order: two models
+// give the same text only when they describe the same cells.
+std::string parametersText(const CellParameters& p) {
+  std::vector<double> values{static_cast<double>(p.bitsPerCell), p.voltageMin, p.voltageMax};
+  for (const StateParameters& state : p.states) values.insert(values.end(), {state.mean, state.sigma});
+  values.insert(values.end(), p.defaultReferences.begin(), p.defaultReferences.end());
+  values.insert(values.end(), {p.wearScale, p.wearExponent, p.retentionOrigin, p.retentionTau0Hours,
+                               p.retentionRateFresh, p.retentionRateWear, p.retentionWearExponent});
+  return exactList(values);
+}
+
+// --refs as the run reads it: default, optimal, or the volts exactly.
+RunSetting referencesSetting(const std::string& refs) {
+  if (refs == "default" || refs == "optimal") return {"refs", refs, RunSetting::Kind::Text};
+  std::vector<double> volts;
+  std::istringstream items(refs);
+  for (std::string item; std::getline(items, item, ',');) volts.push_back(std::strtod(item.c_str(), nullptr));
+  return {"refs", exactList(volts), RunSetting::Kind::Numbers};
 }
 
 bool defaultOrEmpty(const SimulateOptions& o) {
@@ -55,6 +91,7 @@ bool applyNandOrBetaBinomialChannel(const SimulateOptions& o, SimulationSettings
     for (double p : s.parameters)
       if (!(p < 0.5)) throw UsageError("--rber: " + formatNumber(p) + " is not below 0.5");
     s.makeChannel = [rho](double p) { return std::make_unique<BetaBinomialChannel>(p, rho); };
+    s.runSettings.push_back({"dispersion", exact(rho), RunSetting::Kind::Number});
     return true;
   }
   if (o.channel != "nand") return false;
@@ -87,6 +124,20 @@ bool applyNandOrBetaBinomialChannel(const SimulateOptions& o, SimulationSettings
     return std::make_unique<NandChannel>(at, parameter);
   };
   for (double parameter : s.parameters) checked([&] { return s.makeChannel(parameter); });
+
+  char crc[16];
+  std::snprintf(crc, sizeof crc, "%08" PRIx32, crc32(parametersText(model->parameters())));
+  s.runSettings.push_back({"cell", CellModel::cellName(model->bitsPerCell()), RunSetting::Kind::Text});
+  s.runSettings.push_back({"model", o.model.empty() ? "built-in" : o.model, RunSetting::Kind::Text});
+  s.runSettings.push_back({"model-crc32", crc, RunSetting::Kind::Text});
+  s.runSettings.push_back({"page", model->pageName(base.page), RunSetting::Kind::Text});
+  if (overRetention)
+    s.runSettings.push_back({"pe", exact(base.cycles), RunSetting::Kind::Number});
+  else
+    s.runSettings.push_back({"retention-hours", exact(base.retentionHours), RunSetting::Kind::Number});
+  s.runSettings.push_back(referencesSetting(o.refs));
+  s.runSettings.push_back({"soft-reads", std::to_string(o.softReads), RunSetting::Kind::Number});
+  s.runSettings.push_back({"soft-step", exact(o.softStep), RunSetting::Kind::Number});
   return true;
 }
 
@@ -94,12 +145,17 @@ void applyDecoder(const SimulateOptions& o, SimulationSettings& s) {
   if (o.channel != "bbm" && !o.dispersion.empty()) throw UsageError("--dispersion: applies to --channel bbm");
   if (o.channel != "nand" && o.channel != "bbm" && !defaultOrEmpty(o))
     throw UsageError("--cell, --model, --page, --pe, --retention, --refs, --soft-*: apply to --channel nand");
-  if (o.decoder == "hard") return;
+  if (o.decoder == "hard") {
+    s.runSettings.push_back({"decoder", "hard", RunSetting::Kind::Text});
+    return;
+  }
   if (o.decoder != "chase") throw UsageError("--decoder: '" + o.decoder + "' is not a decoder; accepted: hard, chase");
   const int eta = o.chasePositions;
   if (eta < 0 || eta > quil::PackedBCH::kMaxChasePositions)
     throw UsageError("--chase-positions: eta must be 0 .. " + std::to_string(quil::PackedBCH::kMaxChasePositions) +
                      ", got " + std::to_string(eta));
+  s.runSettings.push_back({"decoder", "chase", RunSetting::Kind::Text});
+  s.runSettings.push_back({"chase-positions", std::to_string(eta), RunSetting::Kind::Number});
   s.makeDecoder = [eta](int dataBits, int t) { return std::make_unique<ChaseCodewordDecoder>(dataBits, t, eta); };
 }
 

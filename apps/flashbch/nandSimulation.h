@@ -10,13 +10,16 @@
 namespace flashbch {
 
 // Sets the channel, its sweep and factory when o.channel is nand or bbm
-// (false for any other channel). Every channel of the sweep is built once
-// here, so that a bad model, page, reference or point is refused before
-// any work. Throws UsageError.
+// (false for any other channel), and records the channel's settings in
+// s.runSettings (the model by name and by a CRC-32 of its parameters, so
+// that an edited model file is told apart). Every channel of the sweep is
+// built once here, so that a bad model, page, reference or point is
+// refused before any work. Throws UsageError.
 bool applyNandOrBetaBinomialChannel(const SimulateOptions& o, SimulationSettings& s);
 
-// Sets the decoder factory for --decoder and --chase-positions; refuses
-// the NAND and bbm flags with another channel. Throws UsageError.
+// Sets the decoder factory for --decoder and --chase-positions and records
+// them in s.runSettings; refuses the NAND and bbm flags with another
+// channel. Throws UsageError.
 void applyDecoder(const SimulateOptions& o, SimulationSettings& s);
 
 // log10 of the mean codeword failure rate of a bounded-distance decoder

@@ -93,6 +93,13 @@ void writeOutputFile(const std::string& flag, const std::string& path, const std
     ::unlink(temporary.c_str());
     cannotWrite(flag, path, error);
   }
+  // The rename reaches the disk with the directory's own entry; without
+  // this a crash could bring back the previous file (or none).
+  const int directory = ::open(directoryOf(path).c_str(), O_RDONLY | O_CLOEXEC);
+  if (directory >= 0) {
+    ::fsync(directory);
+    ::close(directory);
+  }
 }
 
 }  // namespace flashbch

@@ -14,6 +14,7 @@
 // SplitMix64 steps from the key so that no state is all zero.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <initializer_list>
 
@@ -58,6 +59,19 @@ class RandomStream {
 
   // Uniform on (0, 1]: 53 random bits, never 0 (so its logarithm is finite).
   double uniformPositive() { return static_cast<double>((next() >> 11) + 1) * 0x1.0p-53; }
+
+  // Marsaglia's polar method: a point (u, v) uniform in the unit disc less
+  // its centre, and the factor f = sqrt(-2 ln s / s), s = u^2 + v^2, that
+  // makes f u and f v two independent standard normal deviates.
+  double polarPoint(double& u, double& v) {
+    double s;
+    do {
+      u = 2.0 * uniformPositive() - 1.0;
+      v = 2.0 * uniformPositive() - 1.0;
+      s = u * u + v * v;
+    } while (s >= 1.0 || s == 0.0);
+    return std::sqrt(-2.0 * std::log(s) / s);
+  }
 
   // Uniform on 0 .. bound-1 for 1 <= bound <= 2^32, exactly: Lemire's
   // multiply-shift with rejection, in 64-bit arithmetic only (no 128-bit

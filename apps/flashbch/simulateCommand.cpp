@@ -242,28 +242,101 @@ ResultTable simulationTable(const SimulationSettings& settings) {
                       "estimator", "seconds"});
 }
 
-void runSimulationSweep(const SimulationSettings& settings, ResultTable& table, const ProgressCallback& progress,
-                        const std::function<void(const std::vector<Cell>&)>& onRow) {
+namespace {
+
+// True on every rank when any rank was asked to stop.
+bool anyCancelled(const SimulationSettings& settings, Distribution& ranks) {
+  std::int64_t cancelled = settings.cancel != nullptr && settings.cancel->load() ? 1 : 0;
+  ranks.sum(&cancelled, 1);
+  return cancelled > 0;
+}
+
+// The Monte Carlo points: those a checkpoint holds as finished are
+// reprinted from their saved tallies, the one it holds as running
+// continues from its last whole round, and the rest run from block 0.
+bool runMonteCarloPoints(const SimulationSettings& settings, Distribution& ranks, SimulationCheckpoint* checkpoint,
+                         const ProgressCallback& progress, const std::function<void(const PointEstimate&)>& addRow) {
+  Simulator simulator(settings);
+  const int points = static_cast<int>(settings.parameters.size());
+  int first = 0;
+  if (checkpoint) {
+    simulator.setRoundHook([&](int point, const Simulator::RoundState& state) { checkpoint->roundDone(point, state); });
+    for (first = 0; first < checkpoint->finishedPoints() && first < points; ++first) {
+      Simulator::PointResult saved = checkpoint->finishedPoint(first);
+      const double parameter = channelAt(settings, settings.parameters[static_cast<size_t>(first)])->parameter();
+      const double seconds = saved.estimate.seconds;
+      saved.estimate = monteCarloEstimate(parameter, saved.tally);
+      saved.estimate.seconds = seconds;
+      addRow(saved.estimate);
+    }
+    if (const auto running = checkpoint->runningPoint()) simulator.resumeNextPoint(*running);
+  }
+  for (int point = first; point < points; ++point) {
+    const Simulator::PointResult result = simulator.runPoint(point, progress);
+    if (anyCancelled(settings, ranks)) return true;
+    if (checkpoint) checkpoint->pointDone(point, result);
+    addRow(result.estimate);
+  }
+  return false;
+}
+
+bool runStratifiedSweep(const SimulationSettings& settings, Distribution& ranks, SimulationCheckpoint* checkpoint,
+                        const ProgressCallback& progress, const std::function<void(const PointEstimate&)>& addRow) {
+  StratifiedEstimator estimator(settings);
+  bool finished = false;
+  if (checkpoint) {
+    estimator.setRoundHook([&] { checkpoint->stratifiedDone(estimator, false); });
+    finished = checkpoint->restore(estimator);
+  }
+  if (!finished) estimator.run(progress);
+  const bool cancelled = anyCancelled(settings, ranks);
+  if (checkpoint) checkpoint->stratifiedDone(estimator, !cancelled);
+  for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point) addRow(estimator.estimate(point));
+  return cancelled;
+}
+
+}  // namespace
+
+bool runSimulationSweep(const SimulationSettings& settings, SimulationCheckpoint* checkpoint, ResultTable& table,
+                        const ProgressCallback& progress, const std::function<void(const std::vector<Cell>&)>& onRow) {
+  SingleProcessDistribution alone;
+  Distribution& ranks = settings.ranks ? *settings.ranks : alone;
   const auto addRow = [&](const PointEstimate& estimate) {
     table.addRow(rowOf(estimate, settings));
     if (onRow) onRow(table.rows().back());
   };
-  const auto cancelled = [&] { return settings.cancel != nullptr && settings.cancel->load(); };
-  if (settings.estimator == Estimator::Stratified) {
-    StratifiedEstimator estimator(settings);
-    estimator.run(progress);
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
-      addRow(estimator.estimate(point));
-  } else {
-    Simulator simulator(settings);
-    for (int point = 0; point < static_cast<int>(settings.parameters.size()) && !cancelled(); ++point) {
-      const Simulator::PointResult result = simulator.runPoint(point, progress);
-      if (!cancelled()) addRow(result.estimate);
-    }
+  bool cancelled = false;
+  try {
+    cancelled = settings.estimator == Estimator::Stratified
+                    ? runStratifiedSweep(settings, ranks, checkpoint, progress, addRow)
+                    : runMonteCarloPoints(settings, ranks, checkpoint, progress, addRow);
+  } catch (const UsageError&) {
+    throw;  // every rank finds the same
+  } catch (const std::exception& e) {
+    // The other ranks wait for this one in the next reduction: end them all.
+    if (ranks.size() > 1) ranks.abort("rank " + std::to_string(ranks.rank()) + ": " + e.what(), 1);
+    throw;
   }
+  if (checkpoint) checkpoint->save();
+  return cancelled;
 }
 
 namespace {
+
+std::string jsonKey(std::string name) {
+  for (char& c : name) c = c == '-' ? '_' : c;
+  return name;
+}
+
+Json jsonValue(const RunSetting& setting) {
+  if (setting.kind == RunSetting::Kind::Text) return setting.text;
+  std::vector<double> numbers;
+  std::istringstream items(setting.text);
+  for (std::string item; std::getline(items, item, ',');) numbers.push_back(std::strtod(item.c_str(), nullptr));
+  if (setting.kind == RunSetting::Kind::Numbers) return numbers;
+  const double x = numbers.at(0);
+  return x == std::floor(x) && std::fabs(x) < 9e15 ? Json(static_cast<std::int64_t>(x)) : Json(x);
+}
 
 void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, int ranks, const ResultTable& table) {
   if (!o.csv.empty()) {
@@ -281,6 +354,7 @@ void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, 
     document["parity_bits"] = layout.parityBits();
     document["stored_parity_bits"] = layout.storedParityBits();
     document["channel"] = channelName(settings.channel);
+    for (const RunSetting& setting : settings.runSettings) document[jsonKey(setting.name)] = jsonValue(setting);
     document["estimator"] = estimatorName(settings.estimator);
     document["seed"] = settings.seed;
     document["ranks"] = ranks;
@@ -297,13 +371,6 @@ void writeOutputs(const SimulateOptions& o, const SimulationSettings& settings, 
     document["points"] = table.toJson();
     replaceFile("--json", o.json, document.dump(2) + "\n");
   }
-}
-
-// True on every rank when any rank was asked to stop.
-bool anyCancelled(Distribution& ranks) {
-  std::int64_t cancelled = gCancel.load() ? 1 : 0;
-  ranks.sum(&cancelled, 1);
-  return cancelled > 0;
 }
 
 }  // namespace
@@ -340,54 +407,17 @@ int runSimulate(const SimulateOptions& o) {
   out.flush();
 
   const bool live = !o.quiet && ranks->isRoot() && ::isatty(STDERR_FILENO);
+  const auto clearProgress = [&] {
+    if (live) std::fprintf(stderr, "\r\033[K");
+  };
   ProgressCallback progress;
   if (live) progress = [&](const Progress& p) { showProgress(p, settings); };
-  const auto addRow = [&](const PointEstimate& estimate) {
-    table.addRow(rowOf(estimate, settings));
-    table.writeTextRow(out, table.rows().back(), kColumnWidth);
+  const bool cancelled = runSimulationSweep(settings, &checkpoint, table, progress, [&](const std::vector<Cell>& row) {
+    clearProgress();
+    table.writeTextRow(out, row, kColumnWidth);
     out.flush();
-  };
-  bool cancelled = false;
-  try {
-    if (settings.estimator == Estimator::Stratified) {
-      StratifiedEstimator estimator(settings);
-      estimator.setRoundHook([&] { checkpoint.stratifiedDone(estimator, false); });
-      if (!checkpoint.restore(estimator)) estimator.run(progress);
-      if (live) std::fprintf(stderr, "\r\033[K");
-      cancelled = anyCancelled(*ranks);
-      checkpoint.stratifiedDone(estimator, !cancelled);
-      for (int point = 0; point < static_cast<int>(settings.parameters.size()); ++point)
-        addRow(estimator.estimate(point));
-    } else {
-      Simulator simulator(settings);
-      simulator.setRoundHook([&](int point, const Simulator::RoundState& state) { checkpoint.roundDone(point, state); });
-      const int points = static_cast<int>(settings.parameters.size()), resumed = checkpoint.finishedPoints();
-      for (int point = 0; point < resumed && point < points; ++point) {
-        Simulator::PointResult saved = checkpoint.finishedPoint(point);
-        const double parameter = channelAt(settings, settings.parameters[static_cast<size_t>(point)])->parameter();
-        const double seconds = saved.estimate.seconds;
-        saved.estimate = monteCarloEstimate(parameter, saved.tally);
-        saved.estimate.seconds = seconds;
-        addRow(saved.estimate);
-      }
-      if (const auto running = checkpoint.runningPoint()) simulator.resumeNextPoint(*running);
-      for (int point = resumed; point < points && !cancelled; ++point) {
-        const Simulator::PointResult result = simulator.runPoint(point, progress);
-        if (live) std::fprintf(stderr, "\r\033[K");
-        cancelled = anyCancelled(*ranks);
-        if (cancelled) break;
-        checkpoint.pointDone(point, result);
-        addRow(result.estimate);
-      }
-    }
-  } catch (const UsageError&) {
-    throw;  // every rank finds the same
-  } catch (const std::exception& e) {
-    // The other ranks wait for this one in the next reduction: end them all.
-    if (ranks->size() > 1) ranks->abort("rank " + std::to_string(ranks->rank()) + ": " + e.what(), 1);
-    throw;
-  }
-  checkpoint.save();
+  });
+  clearProgress();
   if (!ranks->isRoot()) return cancelled ? 1 : 0;
   writeOutputs(o, settings, ranks->size(), table);
   if (cancelled) {

@@ -64,6 +64,17 @@ using DecoderFactory = std::function<std::unique_ptr<CodewordDecoder>(int dataBi
 // Makes the channel of one sweep value.
 using ChannelFactory = std::function<std::unique_ptr<Channel>(double parameter)>;
 
+// A channel or decoder setting that decides the table besides the swept
+// parameter (a NAND cell's model, page, references and soft reads, the
+// dispersion, the decoder): the JSON records it, and a resumed run must
+// have the same.
+struct RunSetting {
+  enum class Kind { Text, Number, Numbers };  // Numbers: separated by commas
+  std::string name;  // the flag without dashes (the JSON key has underscores)
+  std::string text;  // exact: numbers with 17 significant digits
+  Kind kind = Kind::Text;
+};
+
 struct SimulationSettings {
   BlockLayout layout;
   ChannelKind channel = ChannelKind::Awgn;
@@ -82,6 +93,7 @@ struct SimulationSettings {
   DecoderFactory makeDecoder;                 // empty: PackedHardDecoder
   ChannelFactory makeChannel;                 // empty: makeChannel(channel, parameter)
   std::string parameterName;                  // the sweep's column; empty: channelParameterName(channel)
+  std::vector<RunSetting> runSettings;        // in the order of the flags
 };
 
 std::unique_ptr<Channel> channelAt(const SimulationSettings& settings, double parameter);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <stdexcept>
 
 #include "distribution.h"
 #include "stratifiedEstimator.h"
@@ -21,14 +22,17 @@ std::string exact(double value) {
 
 // Test hook: FLASHBCH_TEST_RAISE=RANK:ROUNDS:SIGNAL makes rank RANK raise
 // SIGNAL after its ROUNDS-th round, so that tests can stop or kill a run at
-// a known place.
+// a known place; SIGNAL 0 throws an exception there instead, as a fault in
+// the simulation would.
 void raiseForTest(const Distribution& ranks, std::int64_t rounds) {
   static const char* const request = std::getenv("FLASHBCH_TEST_RAISE");
   int rank = -1, signal = 0;
   long long after = 0;
-  if (request && std::sscanf(request, "%d:%lld:%d", &rank, &after, &signal) == 3 && rank == ranks.rank() &&
-      rounds == after)
-    std::raise(signal);
+  if (!request || std::sscanf(request, "%d:%lld:%d", &rank, &after, &signal) != 3 || rank != ranks.rank() ||
+      rounds != after)
+    return;
+  if (signal == 0) throw std::runtime_error("test fault after round " + std::to_string(rounds));
+  std::raise(signal);
 }
 
 }  // namespace
@@ -40,7 +44,10 @@ SettingsFingerprint fingerprintOf(const SimulationSettings& s) {
   f.add("channel", channelName(s.channel));
   std::string sweep;
   for (double p : s.parameters) sweep += (sweep.empty() ? "" : ",") + exact(p);
-  f.add(channelParameterName(s.channel), sweep);
+  std::string swept = s.parameterName.empty() ? channelParameterName(s.channel) : s.parameterName;
+  for (char& c : swept) c = c == '_' ? '-' : c;
+  f.add(swept, sweep);
+  for (const RunSetting& setting : s.runSettings) f.add(setting.name, setting.text);
   f.add("estimator", estimatorName(s.estimator));
   f.add("max-fe", std::to_string(s.maxFailures));
   f.add("max-frames", std::to_string(s.maxBlocks));

@@ -5,8 +5,9 @@
 // seconds) and one for the point under way (its tally after the last whole
 // round). Stratified: one record holding every stratum's tally, the rounds
 // done and the seconds spent. The fingerprint holds every setting that
-// decides the table, in the order the flags are listed; not --threads, nor
-// the number of ranks, which only decide where blocks are computed.
+// decides the table, in the order the flags are listed, the channel's and
+// the decoder's included (settings.runSettings); not --threads, nor the
+// number of ranks, which only decide where blocks are computed.
 //
 // Only rank 0 reads and writes the file: it reads --resume and sends the
 // text to every rank; it writes after a round when --checkpoint-every has

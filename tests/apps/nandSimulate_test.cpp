@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "errorStatistics.h"
 #include "flashbchRunner.h"
 #include "randomStream.h"
+#include "support/testutil.h"
 
 namespace {
 
@@ -106,6 +108,42 @@ TEST(NandSimulate, LimitsReduceToTheSimplerChannelAndDecoder) {
   // for a decoder without a bounded-distance radius, so its intervals differ.)
   const std::string nand = "--channel nand --cell mlc --page upper --pe 4000,6000 --retention 1y";
   EXPECT_EQ(columns(rowsOf(code + nand)), columns(rowsOf(code + nand + " --decoder chase --chase-positions 6")));
+}
+
+// The JSON records every setting of the channel and the decoder, as
+// numbers where they are numbers; the swept one is in the points.
+TEST(NandSimulate, TheJsonRecordsTheChannelAndDecoderSettings) {
+  qfbtest::ScratchDir dir;
+  using nlohmann::json;
+  const struct {
+    std::string args;
+    json expected;
+  } cases[] = {
+      {"--channel nand --cell mlc --page lower --pe 1000,3000 --retention 1y --refs optimal --soft-reads 2 "
+       "--soft-step 0.04 --decoder chase --chase-positions 4",
+       {{"cell", "mlc"}, {"model", "built-in"}, {"page", "lower"}, {"retention_hours", 8760}, {"refs", "optimal"},
+        {"soft_reads", 2}, {"soft_step", 0.04}, {"decoder", "chase"}, {"chase_positions", 4}, {"pe", nullptr}}},
+      {"--channel nand --cell mlc --page upper --pe 2000 --retention 1d,2d --refs 0.1,1.2,2.3",
+       {{"cell", "mlc"}, {"page", "upper"}, {"pe", 2000}, {"refs", {0.1, 1.2, 2.3}}, {"soft_reads", 0},
+        {"decoder", "hard"}, {"chase_positions", nullptr}, {"retention_hours", nullptr}}},
+      {"--channel bbm --rber 2e-3 --dispersion 0.02", {{"dispersion", 0.02}, {"decoder", "hard"}, {"cell", nullptr}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.args);
+    const auto run = runFlashbch("simulate --layout 1x512 --t 4 --max-frames 16 --quiet --json s.json " + c.args);
+    ASSERT_EQ(run.status, 0) << run.err;
+    const json document = json::parse(qfbtest::readFile("s.json"));
+    for (const auto& [key, value] : c.expected.items()) {
+      if (value.is_null()) {
+        EXPECT_FALSE(document.contains(key)) << key;  // not a setting of this run, or swept
+      } else {
+        EXPECT_EQ(document.value(key, json()), value) << key;
+      }
+    }
+    if (document.contains("cell")) {
+      EXPECT_EQ(document.at("model_crc32").get<std::string>().size(), 8u);
+    }
+  }
 }
 
 TEST(NandSimulate, BadRequestsAreRefused) {

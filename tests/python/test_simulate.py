@@ -12,22 +12,33 @@ import pytest
 
 import quilflashbch as q
 
-RUN = dict(layout="2x1024", t=5, channel="bsc", rber=[2e-3, 4e-3], max_frames=300, seed=3)
-CLI = ["--layout", "2x1024", "--t", "5", "--channel", "bsc", "--rber", "2e-3,4e-3", "--max-frames", "300",
-       "--seed", "3"]
+RUNS = [
+    (dict(layout="2x1024", t=5, channel="bsc", rber=[2e-3, 4e-3], max_frames=300, seed=3),
+     ["--layout", "2x1024", "--t", "5", "--channel", "bsc", "--rber", "2e-3,4e-3", "--max-frames", "300",
+      "--seed", "3"]),
+    (dict(layout="1x512", t=4, channel="nand", cell="mlc", page="lower", pe=[3000, 6000], retention="1y",
+          refs="optimal", soft_reads=1, soft_step=0.04, decoder="chase", chase_positions=3, max_frames=100),
+     ["--layout", "1x512", "--t", "4", "--channel", "nand", "--cell", "mlc", "--page", "lower", "--pe",
+      "3000,6000", "--retention", "1y", "--refs", "optimal", "--soft-reads", "1", "--soft-step", "0.04",
+      "--decoder", "chase", "--chase-positions", "3", "--max-frames", "100"]),
+]
 
 
 def _without_seconds(rows):
     return [{k: v for k, v in row.items() if k != "seconds"} for row in rows]
 
 
-def test_rows_are_the_command_lines_for_any_thread_count(flashbch):
-    one = q.simulate(**RUN, threads=1)
-    assert flashbch("simulate", *CLI, "--threads", "2", "--quiet", "--json", "run.json").returncode == 0
-    points = json.loads((flashbch.dir / "run.json").read_text())["points"]
-    assert _without_seconds(one.rows) == pytest.approx(_without_seconds(points))
-    assert _without_seconds(q.simulate(**RUN, threads=2).rows) == _without_seconds(one.rows)
-    assert one.settings["channel"] == "bsc" and one.columns[0] == "rber"
+@pytest.mark.parametrize("run,cli", RUNS)
+def test_rows_are_the_command_lines_for_any_thread_count(run, cli, flashbch):
+    one = q.simulate(**run, threads=1)
+    assert flashbch("simulate", *cli, "--threads", "2", "--quiet", "--json", "run.json").returncode == 0
+    document = json.loads((flashbch.dir / "run.json").read_text())
+    assert _without_seconds(one.rows) == pytest.approx(_without_seconds(document["points"]))
+    assert _without_seconds(q.simulate(**run, threads=2).rows) == _without_seconds(one.rows)
+    for key, value in one.settings.items():  # the settings the JSON records too
+        if key in document:
+            assert document[key] == value, key
+    assert one.settings["channel"] == run["channel"] and one.settings["decoder"] == run.get("decoder", "hard")
     for name in one.columns:  # the array holds the same values
         column = [row[name] for row in one.rows]
         assert one.array[name].tolist() == (column if one.array[name].dtype.kind != "f" else pytest.approx(column))
@@ -55,6 +66,8 @@ def test_ctrl_c_stops_the_run():
     (dict(seed=-1), "--seed: '-1' is not a whole number"),
     (dict(threads=2000), "--threads: 2000 is outside the accepted range 1 .. 1024"),
     (dict(rber=[0.1, 0.7], channel="bsc"), "--rber: 0.7 is outside the accepted range"),
+    (dict(channel="nand", cell="mlc", page="middle"), "unknown page 'middle' for a mlc cell: use lower or upper"),
+    (dict(channel="bbm", rber=1e-3, dispersion=1), "--dispersion: '1' is not a number in 0 <= rho < 1"),
 ])
 def test_bad_options_raise_the_command_line_text(options, message):
     with pytest.raises(ValueError) as raised:

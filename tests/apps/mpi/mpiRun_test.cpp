@@ -76,18 +76,60 @@ TEST(MpiRun, TheTableDoesNotDependOnRanksOrThreads) {
   }
 }
 
-TEST(MpiRun, ADeadRankIsNamedAndTheCheckpointResumes) {
+// Rank 1 fails after its third round, killed (SIGKILL: only the launcher
+// can tell) or by an exception in its simulation (it names itself); rank 0
+// has saved every round, and the job resumes with another number of ranks.
+TEST(MpiRun, AFailedRankIsNamedAndTheCheckpointResumes) {
   qfbtest::ScratchDir scratch;
   const std::string sweep = kSweeps[0];
   ASSERT_EQ(flashbchtest::runFlashbch(sweep + " --json whole.json").status, 0);
-  // Rank 1 is killed after its third round; rank 0 has saved every round.
-  const auto killed = flashbchtest::runFlashbch(sweep + " --checkpoint run.ckpt --checkpoint-every 0.001",
-                                                "FLASHBCH_TEST_RAISE=1:3:9 " + launcher(2, "FLASHBCH_TEST_RAISE"));
-  EXPECT_NE(killed.status, 0);
-  EXPECT_NE(killed.err.find("rank 1"), std::string::npos) << killed.err;
-  const auto resumed = flashbchtest::runFlashbch(sweep + " --resume run.ckpt --json resumed.json", launcher(3));
-  EXPECT_EQ(resumed.status, 0) << resumed.err;
-  EXPECT_EQ(tableJson("resumed.json"), tableJson("whole.json"));
+  const struct {
+    int signal;
+    const char* report;
+  } faults[] = {{9, "rank 1"}, {0, "flashbch: rank 1: test fault after round 3\n"}};
+  for (const auto& fault : faults) {
+    std::remove("run.ckpt");
+    const auto failed = flashbchtest::runFlashbch(
+        sweep + " --checkpoint run.ckpt --checkpoint-every 0.001",
+        "FLASHBCH_TEST_RAISE=1:3:" + std::to_string(fault.signal) + " " + launcher(2, "FLASHBCH_TEST_RAISE"));
+    EXPECT_NE(failed.status, 0);
+    EXPECT_NE(failed.err.find(fault.report), std::string::npos) << failed.err;
+    const auto resumed = flashbchtest::runFlashbch(sweep + " --resume run.ckpt --json resumed.json", launcher(3));
+    EXPECT_EQ(resumed.status, 0) << resumed.err;
+    EXPECT_EQ(tableJson("resumed.json"), tableJson("whole.json")) << fault.signal;
+  }
+}
+
+// SIGINT or SIGTERM to the launcher itself: Open MPI's mpirun sends the
+// ranks SIGCONT, SIGTERM odls_base_sigkill_timeout seconds later and SIGKILL
+// as long again after that (2 s here, so that a loaded machine still has
+// time to save). The ranks stop after the same batch, and rank 0 saves the
+// checkpoint and writes the finished points. The signal goes out a second
+// after the start, and SIGTERM reaches the ranks 2 s later, well after
+// their start-up; the run would take far longer. No periodic checkpoint is
+// due in that time, so the file on disk is the one saved on the way out.
+TEST(MpiRun, ASignalToTheLauncherSavesTheCheckpoint) {
+  qfbtest::ScratchDir scratch;
+  const std::string sweep = "simulate --layout 2x1024 --t 4 --channel bsc --rber 1.5e-3,2e-3 --max-fe 1000000000 "
+                            "--max-frames 1000000000 --threads 1 --quiet";
+  for (const char* signal : {"TERM", "INT"}) {
+    std::remove("run.ckpt");
+    std::remove("stopped.json");
+    const std::string script =
+        "(" + launcher(2) + " --mca odls_base_sigkill_timeout 2 '" + FLASHBCH_BINARY + "' " + sweep +
+        " --checkpoint run.ckpt --checkpoint-every 1000 --json stopped.json >stdout.txt 2>stderr.txt </dev/null & "
+        "pid=$!; sleep 1; kill -" + signal + " $pid; wait $pid; echo $? >status.txt)";
+    ASSERT_EQ(std::system(script.c_str()), 0);
+    const std::string err = qfbtest::readFile("stderr.txt"), saved = qfbtest::readFile("run.ckpt");
+    EXPECT_NE(qfbtest::readFile("status.txt"), "0\n") << signal;
+    EXPECT_NE(err.find("flashbch simulate: stopped by signal 15; 0 finished points written, and the checkpoint\n"),
+              std::string::npos)
+        << signal << ": " << err;
+    EXPECT_NE(qfbtest::readFile("stopped.json").find("\"points\": []"), std::string::npos) << signal;
+    // A whole file, holding the running point's rounds.
+    EXPECT_NE(saved.find("\npoint 0 running rounds "), std::string::npos) << saved;
+    EXPECT_EQ(saved.rfind("\ncrc32 "), saved.size() - 16) << saved;
+  }
 }
 
 }  // namespace
