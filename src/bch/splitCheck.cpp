@@ -141,7 +141,7 @@ SplitCheck::SplitCheck(const FieldTables& f, int t_)
     : field(f),
       registers(std::min((t_ + 15) / 16, kMaxRegisters)),
       monic(16 * static_cast<size_t>(registers), 0),
-      reductions(16 * static_cast<size_t>(registers) * (t_ / 2 + 1), 0),
+      reductions(16 * static_cast<size_t>(registers) * (std::min(t_, 16 * kMaxRegisters) / 2 + 1), 0),
       squares(16 * static_cast<size_t>(registers), 0) {
   // rho(alpha) = alpha^m, so alpha^m in polynomial basis is rho.
   const int rho = field.exp(field.m());
