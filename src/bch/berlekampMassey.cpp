@@ -2,8 +2,12 @@
 //
 // The iteration runs on logarithms where it multiplies: the syndromes' and
 // the locator's logarithms make each discrepancy term one table look-up,
-// and B is kept as logarithms (its update B <- Delta^-1 Lambda is then an
+// and B0 is kept as logarithms (its update B0 <- Delta^-1 Lambda is then an
 // addition), so that Lambda + Delta x B is one look-up per coefficient.
+// Degrees, with L the register length before step r: Lambda + Delta x B
+// has degree at most max(L, r + 1 - L), the new length when the step changes
+// it and L otherwise (a step with Delta != 0 and no length change has
+// r < 2L). So only x B's own span, s + 1 .. s + 1 + deg B0, is updated.
 #include "bch/berlekampMassey.h"
 
 #include <algorithm>
@@ -13,68 +17,58 @@
 BerlekampMassey::BerlekampMassey(const FieldTables& f, int t_)
     : field(f),
       t(t_),
-      B(2 * static_cast<size_t>(t_) + 2, 0),
-      T(2 * static_cast<size_t>(t_) + 2, 0),
+      B0(2 * static_cast<size_t>(t_) + 2, 0),
+      nextB0(2 * static_cast<size_t>(t_) + 2, 0),
       syndromeLogs(2 * static_cast<size_t>(t_) + 2, 0),
       lambdaLogs(2 * static_cast<size_t>(t_) + 2, 0) {}
 
 void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda, bool squaredSyndromes) {
   const int zeroLog = field.logZero(), order = field.order();
   std::fill(Lambda, Lambda + 2 * t + 1, 0);
-  Lambda[0] = T[0] = 1;
+  Lambda[0] = 1;
   const int tUse = (tLimit == -1 || tLimit > t) ? t : tLimit;
-  const int top = 2 * tUse;  // highest coefficient the iteration touches
+  const int top = 2 * tUse;  // steps, and the highest coefficient the iteration touches
   if (top <= 0) return;
-  std::fill(B.begin(), B.begin() + top + 1, zeroLog);  // B holds logarithms
-  B[0] = 0;
-  std::fill(lambdaLogs.begin(), lambdaLogs.begin() + top + 1, zeroLog);
-  lambdaLogs[0] = 0;
   for (int j = 0; j < top; ++j) syndromeLogs[j] = field.log(S[j]);
-
-  int L = 0;
-  int degLambda = 0, degB = 0;  // no non-zero coefficient above these
+  lambdaLogs[0] = 0;
+  B0[0] = 0;
+  int L = 0, shift = 0, degB0 = 0;  // B = x^shift B0
   for (int r = 0; r < top; ++r) {
     if (squaredSyndromes && (r & 1)) {
-      // A zero discrepancy: Lambda stays, B <- x B.
-      const int newDeg = std::min(degB + 1, top);
-      for (int i = newDeg; i >= 1; --i) B[i] = B[i - 1];
-      B[0] = zeroLog;
-      degLambda = std::max(degLambda, newDeg);
-      degB = newDeg;
+      ++shift;  // a zero discrepancy: Lambda stays, B <- x B
       continue;
     }
     uint16_t delta = 0;
-    for (int j = 0; j <= std::min(L, degLambda); ++j) delta ^= field.expOfLogSum(lambdaLogs[j], syndromeLogs[r - j]);
-    const bool lengthChange = delta != 0 && r >= 2 * L;
-    if (lengthChange) L = r + 1 - L;
-
-    const int degT = std::max(degLambda, std::min(degB + 1, top));
-    if (delta != 0) {
-      const int logDelta = field.log(delta);
-      for (int i = 1; i <= degT; ++i) T[i] = Lambda[i] ^ field.expOfLogSum(B[i - 1], logDelta);
-    } else {
-      std::copy(Lambda + 1, Lambda + degT + 1, T.begin() + 1);
+    for (int j = 0; j <= L; ++j) delta ^= field.expOfLogSum(lambdaLogs[j], syndromeLogs[r - j]);
+    if (delta == 0) {
+      ++shift;
+      continue;
+    }
+    const int logDelta = field.log(delta);
+    const bool lengthChange = r >= 2 * L;
+    if (lengthChange) {
+      // B0 <- Delta^-1 Lambda (the old Lambda), made before Lambda changes.
+      const int logInverse = order - logDelta;
+      for (int i = 0; i <= L; ++i) {
+        const int l = lambdaLogs[i];
+        nextB0[i] = l == zeroLog ? zeroLog : (l + logInverse >= order ? l + logInverse - order : l + logInverse);
+      }
+    }
+    const int newL = lengthChange ? r + 1 - L : L;
+    for (int i = L + 1; i <= newL; ++i) lambdaLogs[i] = zeroLog;
+    const int32_t* b = B0.data();
+    for (int i = 0; i <= degB0; ++i) {
+      const int at = i + shift + 1;
+      Lambda[at] ^= field.expOfLogSum(b[i], logDelta);
+      lambdaLogs[at] = field.log(Lambda[at]);
     }
     if (lengthChange) {
-      // B <- Delta^-1 Lambda, the old Lambda, as logarithms.
-      const int logInverse = order - field.log(delta);
-      for (int i = 0; i <= degLambda; ++i) {
-        const int l = lambdaLogs[i];
-        B[i] = l == zeroLog ? zeroLog : (l + logInverse >= order ? l + logInverse - order : l + logInverse);
-      }
-      std::fill(B.begin() + degLambda + 1, B.begin() + std::max(degB, degLambda) + 1, zeroLog);
-      degB = degLambda;
+      B0.swap(nextB0);
+      degB0 = L;
+      shift = 0;
+      L = newL;
     } else {
-      // x B, dropping a coefficient that would pass 2t'.
-      const int newDeg = std::min(degB + 1, top);
-      for (int i = newDeg; i >= 1; --i) B[i] = B[i - 1];
-      B[0] = zeroLog;
-      degB = newDeg;
+      ++shift;
     }
-    for (int i = 1; i <= degT; ++i) {
-      Lambda[i] = T[i];
-      lambdaLogs[i] = field.log(T[i]);
-    }
-    degLambda = degT;
   }
 }

@@ -6,7 +6,11 @@
 // B <- Delta^-1 Lambda (the old Lambda), otherwise B <- x B. The loops run
 // only over coefficients that can be non-zero: the sums and products they
 // skip are zero plus zero times something, so every coefficient, zeros
-// included, comes out as the full iteration computes it.
+// included, comes out as the full iteration computes it. Massey's degree
+// bounds say which those are (Massey, Shift-register synthesis and BCH
+// decoding, IEEE Trans. IT-15, 1969): after r steps with register length L,
+// deg Lambda <= L and deg B <= r - L, whatever the syndromes. B is held as
+// x^s B0, so that B <- x B only counts.
 //
 // For a narrow-sense binary code (roots alpha^1 .. alpha^2t) the syndromes
 // of any received word satisfy S_2i = S_i^2, and then the discrepancy of
@@ -35,7 +39,6 @@ class BerlekampMassey {
  private:
   const FieldTables& field;
   int t;
-  std::vector<int32_t> B;  // logarithms
-  std::vector<uint16_t> T;
+  std::vector<int32_t> B0, nextB0;  // logarithms of B0's coefficients
   std::vector<int32_t> syndromeLogs, lambdaLogs;
 };

@@ -56,15 +56,24 @@ void foldXmm(const uint64_t* a, const uint64_t* c, int K, uint64_t* out) {
 }
 
 // 512-bit registers: stride = 8 NV words, four products per instruction.
-template <int NV>
-__attribute__((target("avx512f,avx512bw,vpclmulqdq"))) void foldZmm(const uint64_t* a, const uint64_t* c, int K,
-                                                                     uint64_t* out) {
+// With HALF, a constant has one word more (W = 8 NV + 1, stride 8 NV + 2),
+// whose products take one 128-bit instruction instead of two 512-bit ones
+// that would be seven-eighths padding.
+template <int NV, bool HALF>
+__attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldZmm(const uint64_t* a, const uint64_t* c,
+                                                                           int K, uint64_t* out) {
+  constexpr int stride = 8 * NV + (HALF ? 2 : 0);
+  __m128i last = _mm_setzero_si128();
   __m512i even[NV], odd[NV];
   #pragma GCC unroll 16
   for (int v = 0; v < NV; ++v) even[v] = odd[v] = _mm512_setzero_si512();
   for (int j = 0; j < K; ++j) {
     const __m512i x = _mm512_set1_epi64(static_cast<long long>(a[j]));
-    const uint64_t* cj = c + static_cast<size_t>(j) * 8 * NV;
+    const uint64_t* cj = c + static_cast<size_t>(j) * stride;
+    if constexpr (HALF)
+      last = _mm_xor_si128(last, _mm_clmulepi64_si128(_mm_cvtsi64_si128(static_cast<long long>(a[j])),
+                                                      _mm_loadu_si128(reinterpret_cast<const __m128i*>(cj + 8 * NV)),
+                                                      0x00));
     #pragma GCC unroll 16
     for (int v = 0; v < NV; ++v) {
       const __m512i cv = _mm512_loadu_si512(cj + 8 * v);
@@ -82,6 +91,10 @@ __attribute__((target("avx512f,avx512bw,vpclmulqdq"))) void foldZmm(const uint64
   uint64_t top[8];
   _mm512_storeu_si512(top, below);
   out[8 * NV] = top[7];
+  if constexpr (HALF) {
+    out[8 * NV] ^= static_cast<uint64_t>(_mm_cvtsi128_si64(last));
+    out[8 * NV + 1] = static_cast<uint64_t>(_mm_extract_epi64(last, 1));
+  }
 }
 
 template <int... I>
@@ -90,7 +103,11 @@ constexpr std::array<ClmulRemainder::FoldKernel, sizeof...(I)> xmmKernels(std::i
 }
 template <int... I>
 constexpr std::array<ClmulRemainder::FoldKernel, sizeof...(I)> zmmKernels(std::integer_sequence<int, I...>) {
-  return {&foldZmm<I + 1>...};
+  return {&foldZmm<I + 1, false>...};
+}
+template <int... I>
+constexpr std::array<ClmulRemainder::FoldKernel, sizeof...(I)> zmmHalfKernels(std::integer_sequence<int, I...>) {
+  return {&foldZmm<I + 1, true>...};
 }
 #endif
 
@@ -138,11 +155,16 @@ bool ClmulRemainder::supports(KernelLevel level, int r) {
 ClmulRemainder::ClmulRemainder(const int* generator, int r, KernelLevel level)
     : W((r + 63) / 64), K(W + 1), stride(0), fold(nullptr) {
   const int lane = laneWords(level);
-  stride = (W + lane - 1) / lane * lane;
+  // A last 512-bit register that would hold one word of W gives way to a
+  // 128-bit one (foldZmm's HALF).
+  const bool half = level == KernelLevel::VectorClmul && W > 8 && W % 8 == 1;
+  stride = half ? W + 1 : (W + lane - 1) / lane * lane;
 #ifdef QFB_HAVE_CLMUL
   static constexpr auto xmm = xmmKernels(std::make_integer_sequence<int, kMaxWords / 2>());
   static constexpr auto zmm = zmmKernels(std::make_integer_sequence<int, kMaxWords / 8>());
-  fold = level == KernelLevel::VectorClmul ? zmm[stride / 8 - 1] : xmm[stride / 2 - 1];
+  static constexpr auto zmmHalf = zmmHalfKernels(std::make_integer_sequence<int, kMaxWords / 8 - 1>());
+  if (level != KernelLevel::VectorClmul) fold = xmm[stride / 2 - 1];
+  else fold = half ? zmmHalf[W / 8 - 1] : zmm[stride / 8 - 1];
 #endif
   const int pad = 64 * W - r;
   // g' - x^rho, padded to the stride like every kernel operand.

@@ -35,6 +35,7 @@ LocatorRoots::LocatorRoots(const FieldTables& f, int t_, KernelLevel level)
       divisorLogs(t_ + 1) {
   if (!VectorChien::supports(level)) return;
   search = std::make_unique<VectorChien>(f, t_);
+  if (SplitCheck::supports(level)) splitTest = std::make_unique<SplitCheck>(f, t_);
   searchBelowLength.assign(t_ + 1, 0);
   for (int d = 3; d <= t_; ++d) searchBelowLength[d] = static_cast<int>(1800 * std::pow(d, 0.75));
 }
@@ -199,7 +200,10 @@ bool LocatorRoots::splitFactors(int deg, int n, int* positions, int& found) {
 bool LocatorRoots::find(const uint16_t* lambda, int degree, int n, int* positions) {
   d = degree;
   if (d < 1 || lambda[0] == 0) return false;
-  if (search && d <= t && n < searchBelowLength[d]) return search->find(lambda, d, n, positions);
+  if (search && d <= t && n < searchBelowLength[d]) {
+    if (splitTest && !splitTest->splits(lambda, d)) return false;
+    return search->find(lambda, d, n, positions);
+  }
   const uint16_t inv = field.inverse(lambda[d]);
   for (int i = 0; i <= d; ++i) monic[i] = field.mul(lambda[i], inv);
   int found = 0;

@@ -23,7 +23,10 @@
 // (VectorChien), it takes the locators for which that is faster. Measured
 // on one x86-64 core (AVX-512 with GFNI), the search wins when
 // n < 1800 d^0.75: for n = 8192 + 15t from d = 8 on, for n = 4096 + 15t
-// from d = 4 on.
+// from d = 4 on. Before that search, SplitCheck tests x^(2^m) = x modulo
+// Lambda, the factorisation's own first step, with carry-less products: a
+// locator of a word beyond the code's power almost never passes, and the
+// test costs a fraction of the search it saves.
 #pragma once
 
 #include <cstdint>
@@ -31,6 +34,7 @@
 #include <vector>
 
 #include "bch/kernelLevel.h"
+#include "bch/splitCheck.h"
 #include "bch/vectorChien.h"
 
 class FieldTables;
@@ -67,5 +71,6 @@ class LocatorRoots {
   std::vector<int> poolDegree, poolBasis;
   std::vector<int32_t> divisorLogs;
   std::unique_ptr<VectorChien> search;
+  std::unique_ptr<SplitCheck> splitTest;
   std::vector<int> searchBelowLength;  // per degree: the search is faster for n below this
 };

@@ -38,6 +38,8 @@ constexpr int kChunkBlocks = 8;  // positions are searched 8 x 64 at a time
 
 // G terms (states in registers) over nb blocks of 64 positions: each
 // block's sum planes take the terms' values, then the terms advance.
+// blocks: per term its four step matrices, each repeated in all eight
+// qwords of a register (see VectorChien::stepBlocks).
 template <int G>
 __attribute__((target("avx512f,avx512bw,gfni"))) void sumTerms(uint8_t* planes, const uint64_t* blocks, int nb,
                                                                 uint8_t* sums) {
@@ -51,15 +53,13 @@ __attribute__((target("avx512f,avx512bw,gfni"))) void sumTerms(uint8_t* planes, 
     __m512i sumLo = _mm512_loadu_si512(sums + 128 * b), sumHi = _mm512_loadu_si512(sums + 128 * b + 64);
 #pragma GCC unroll 16
     for (int q = 0; q < G; ++q) {
-      const uint64_t* m = blocks + 4 * q;
+      const uint64_t* m = blocks + 32 * q;
       sumLo = _mm512_xor_si512(sumLo, lo[q]);
       sumHi = _mm512_xor_si512(sumHi, hi[q]);
-      const __m512i nextLo =
-          _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo[q], _mm512_set1_epi64(static_cast<long long>(m[0])), 0),
-                           _mm512_gf2p8affine_epi64_epi8(hi[q], _mm512_set1_epi64(static_cast<long long>(m[1])), 0));
-      hi[q] =
-          _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo[q], _mm512_set1_epi64(static_cast<long long>(m[2])), 0),
-                           _mm512_gf2p8affine_epi64_epi8(hi[q], _mm512_set1_epi64(static_cast<long long>(m[3])), 0));
+      const __m512i nextLo = _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo[q], _mm512_loadu_si512(m), 0),
+                                              _mm512_gf2p8affine_epi64_epi8(hi[q], _mm512_loadu_si512(m + 8), 0));
+      hi[q] = _mm512_xor_si512(_mm512_gf2p8affine_epi64_epi8(lo[q], _mm512_loadu_si512(m + 16), 0),
+                               _mm512_gf2p8affine_epi64_epi8(hi[q], _mm512_loadu_si512(m + 24), 0));
       lo[q] = nextLo;
     }
     _mm512_storeu_si512(sums + 128 * b, sumLo);
@@ -101,8 +101,8 @@ __attribute__((target("avx512f,avx512bw,gfni"))) int searchPlanes(uint8_t* plane
       _mm512_store_si512(sums + 128 * b + 64, hi0);
     }
     int i = 0;
-    for (; i + 8 <= terms; i += 8) sumTerms<8>(planes + 128 * i, blocks + 4 * i, nb, sums);
-    if (i < terms) sumTerms<4>(planes + 128 * i, blocks + 4 * i, nb, sums);
+    for (; i + 8 <= terms; i += 8) sumTerms<8>(planes + 128 * i, blocks + 32 * i, nb, sums);
+    if (i < terms) sumTerms<4>(planes + 128 * i, blocks + 32 * i, nb, sums);
     for (int b = 0; b < nb; ++b) {
       const int at = p0 + 64 * b;
       const __m512i sum = _mm512_or_si512(_mm512_load_si512(sums + 128 * b), _mm512_load_si512(sums + 128 * b + 64));
@@ -133,14 +133,17 @@ bool VectorChien::supports(KernelLevel level) {
 VectorChien::VectorChien(const FieldTables& f, int t_)
     : field(f),
       t(t_),
-      stepBlocks(4 * static_cast<size_t>(t_ + 3), 0),
+      stepBlocks(32 * static_cast<size_t>(t_ + 3), 0),
       laneLogs(8 * static_cast<size_t>(t_)),
       laneBlocks(32 * static_cast<size_t>(t_)),
       planes(128 * static_cast<size_t>(t_ + 3), 0) {
   const int64_t order = field.order();
   for (int i = 1; i <= t; ++i) {
     const int step = static_cast<int>((order - (64 * static_cast<int64_t>(i)) % order) % order);
-    matrixBlocks(field, field.exp(step), &stepBlocks[4 * static_cast<size_t>(i - 1)]);
+    uint64_t blocks[4];
+    matrixBlocks(field, field.exp(step), blocks);
+    for (int b = 0; b < 4; ++b)
+      std::fill_n(&stepBlocks[32 * static_cast<size_t>(i - 1) + 8 * b], 8, blocks[b]);
     for (int l = 0; l < 8; ++l)
       laneLogs[8 * static_cast<size_t>(i - 1) + l] =
           static_cast<int32_t>((order - (static_cast<int64_t>(i) * l) % order) % order);

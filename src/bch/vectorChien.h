@@ -41,7 +41,14 @@ class VectorChien {
  private:
   const FieldTables& field;
   int t;
-  std::vector<uint64_t> stepBlocks;  // per term i = 1..t: the four blocks of alpha^(-64i) (3 spare)
+  // Per term i = 1..t (and 3 spare zero terms): the four blocks of
+  // alpha^(-64i), each repeated in 8 qwords, so that the search loads whole
+  // registers. Held as one qword each, the matrices were loaded by 64-bit
+  // broadcast memory operands, and clang 14 encodes the compressed
+  // displacement of GF2P8AFFINEQB's broadcast form in bytes where the
+  // processor scales it by 8: every matrix but the first of a group was
+  // read from the wrong address in some builds (fuzzing found it).
+  std::vector<uint64_t> stepBlocks;
   std::vector<int32_t> laneLogs;     // per term i = 1..t, lane l < 8: log alpha^(-il)
   std::vector<uint64_t> laneBlocks;  // per term i: blocks of alpha^(-8iq), q < 8, by block then q
   std::vector<uint8_t> planes;       // per term: 64 low bytes, 64 high bytes (3 spare zero terms)
