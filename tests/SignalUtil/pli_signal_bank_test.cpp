@@ -194,6 +194,7 @@ TEST(PliSignalBank, SignalAndPopLogs) {
   plain.push(0, true);
   plain.push(0, false);
   plain.print_sig_file(0);
+  plain.print_sig_file(0);  // nothing new since the last print
   EXPECT_EQ(readFile("plisb_b_f.txt"), "1 \n0 \n");
   EXPECT_EQ(plain.get_pop_sig_file_name(0), "plisb_b_f_pop.txt");
 }

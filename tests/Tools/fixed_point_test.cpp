@@ -9,51 +9,10 @@
 #include <utility>
 
 #include "Tools/FixedPoint.h"
+#include "support/fixedPointModel.h"
 #include "support/testutil.h"
 
 namespace {
-
-// The register as integers: range, rounding to the grid, saturation or
-// modular wrap, and the bit encodings of the three signed representations.
-struct Model {
-  int w;
-  bool isSigned, limit;
-  char rounding, repr;  // rounding: r z t; repr: '2' two's complement, 'm', 'c'
-  long long lo() const { return !isSigned ? 0 : repr == '2' ? -(1LL << (w - 1)) : 1 - (1LL << (w - 1)); }
-  long long hi() const { return isSigned ? (1LL << (w - 1)) - 1 : (1LL << w) - 1; }
-  long long toGrid(double u) const {
-    if (rounding == 'z') return std::llround(u);
-    // Sign-magnitude and ones' complement truncate the magnitude; the sign of
-    // the input is put back after the range step.
-    if (rounding == 't') return (long long)(repr == '2' ? std::floor(u) : std::fabs(std::trunc(u)));
-    const double lower = std::floor(u);
-    return (long long)lower + (u - lower >= 0.5 ? 1 : 0);
-  }
-  // Quantised value in units of the LSB, with the overflow flag.
-  long long quantise(double u, bool& ovf) const {
-    long long k = toGrid(u);
-    ovf = k < lo() || k > hi();
-    if (limit) return k < lo() ? lo() : k > hi() ? hi() : k;
-    const long long span = 1LL << w, base = isSigned ? -(1LL << (w - 1)) : 0;
-    const long long wrapped = ((k - base) % span + span) % span + base;
-    ovf = wrapped != k;
-    return wrapped;
-  }
-  unsigned encode(long long k, bool negative) const {
-    const unsigned mask = (1u << w) - 1, mag = unsigned(std::llabs(k));
-    // Wrapping is modulo 2^w even here, so -2^(w-1) LSBs can occur: its code overflows w bits.
-    if (repr == 'm' && negative) return (1u << (w - 1)) + mag;
-    if (repr == 'c' && negative) return ~mag & mask;
-    return unsigned(k) & mask;
-  }
-  long long decode(unsigned p) const {
-    const unsigned signBit = 1u << (w - 1);
-    if (!isSigned || !(p & signBit)) return p;
-    if (repr == 'm') return -(long long)(p - signBit);
-    if (repr == 'c') return -(long long)(((1u << w) - 1) - p);
-    return (long long)p - (1LL << w);
-  }
-};
 
 TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
   const int scale = -2;
@@ -62,18 +21,16 @@ TEST(FixedPoint, SixBitRegisterInEveryModeMatchesTheModel) {
     for (const char* overflow : {"l", "o"})
       for (const char* rounding : {"r", "z", "t"}) {
         const std::string mode = std::string(sign) + overflow + rounding;
-        const char repr = sign[0] == 'm' || sign[0] == 'c' ? sign[0] : '2';
-        const Model m{6, sign[0] != 'u', overflow[0] == 'l', rounding[0], repr};
+        const qfbtest::FixedPointModel m = qfbtest::FixedPointModel::parse(6, mode);
         SCOPED_TRACE(mode);
         for (double x = -21; x <= 21; x += q / 8) {
           FixedPoint f(6, scale, mode.c_str());
           f = x;
           bool ovf;
-          const long long k = m.quantise(x / q, ovf);
-          const double want = repr == '2' ? k * q : std::copysign(std::fabs(k * q), x);
+          const double want = m.assign(x, scale, ovf);
           ASSERT_EQ(f.get_val(), want) << x;
           // Only sign-magnitude and ones' complement registers have a negative zero.
-          ASSERT_TRUE(repr == '2' || std::signbit(f.get_val()) == std::signbit(want)) << x;
+          ASSERT_TRUE(m.repr == '2' || std::signbit(f.get_val()) == std::signbit(want)) << x;
           ASSERT_EQ(f.get_overflow(), ovf) << x;
           ASSERT_EQ(f.get_unsigned_word(-1), m.encode((long long)(want / q), std::signbit(want))) << x;
           ASSERT_EQ(f.get_word(), std::floor(want / q)) << x;

@@ -7,6 +7,7 @@
 
 #include "Tools/code12_13_v2.h"
 #include "Tools/code30_31nrz_v2.h"
+#include "support/differential.h"
 #include "support/testutil.h"
 
 namespace {
@@ -137,11 +138,7 @@ TEST(Rll1213, TableFileFormat) {
 
 class Rll3031 : public ::testing::Test {
  protected:
-  Bits randomBits(int n) {
-    Bits b(n);
-    for (int& x : b) x = static_cast<int>(rng() & 1u);
-    return b;
-  }
+  Bits randomBits(int n) { return qfbtest::randomBits(rng, n); }
   // u0..u7 | 12/13 code of u8..u19 | u20..u(size-1)
   Bits expectedCodeword(Bits u) {
     Bits c(u.begin(), u.begin() + 8), middle(13);

@@ -3,18 +3,14 @@
 #include <vector>
 
 #include "Tools/precoder.h"
+#include "support/differential.h"
 #include "support/testutil.h"
 
 namespace {
 
 using Bits = std::vector<int>;
+using qfbtest::randomBits;
 const int kDicode[] = {1, 0, -1};
-
-Bits randomBits(std::mt19937& rng, int n) {
-  Bits b(n);
-  for (int& x : b) x = static_cast<int>(rng() & 1u);
-  return b;
-}
 
 // 1/(1+D^2) with y[-2] = d0, y[-1] = d1: y[t] = x[t] ^ y[t-2].
 Bits dicodePrecode(const Bits& x, int d0 = 0, int d1 = 0) {

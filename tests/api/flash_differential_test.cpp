@@ -9,10 +9,9 @@
 
 #include "api/FlashBCH.h"
 #include "bch/bch.h"
-#include "gf/exp2Int15.h"
-#include "gf/gf2m.h"
 #include "quilFlashBCH.h"
 #include "support/differential.h"
+#include "support/fields.h"
 #include "support/referenceFlashBch.h"
 #include "support/testutil.h"
 #include "api/codec_reference.h"
@@ -125,11 +124,10 @@ TEST(FlashDifferential, RandomLayoutsAgreeWithTheReference) {
 // parity([x, rest, fill]) = x of the t = 1 code; one flipped data bit then
 // has to be corrected at its own offset, with the fill after the data.
 TEST(FlashDifferential, PlacementOneCorrectsDataBits) {
-  int coefficients[16] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};
-  GF2m field(15, coefficients, 15, exp2Int15.data(), kExp2Int15Size);
+  const auto field = qfbtest::codecField();
   int len = 40;
   const int k = 64;
-  BCH code(&field, 0, 1, 1, k);
+  BCH code(field.get(), 0, 1, 1, k);
   std::mt19937 rng(15);
   V message(k, 0), parity(15);
   bool found = false;

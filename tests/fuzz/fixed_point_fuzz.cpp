@@ -30,63 +30,10 @@
 
 #include "Tools/FixedPoint.h"
 #include "fuzz/fuzz_check.h"
+#define QFB_ORACLE FUZZ_NOT_INSTRUMENTED
+#include "support/fixedPointModel.h"
 
 namespace {
-
-struct Format {
-  bool isSigned = true, limit = true, round = true, symmetric = false, signMagnitude = false,
-       onesComplement = false;
-};
-
-// The mode letters as documented: later letters win; u leaves the
-// sign-magnitude family; m and c make the number signed.
-FUZZ_NOT_INSTRUMENTED Format parseMode(const std::string& mode) {
-  Format f;
-  for (char ch : mode) {
-    switch (ch | 0x20) {
-      case 's': f.isSigned = true; break;
-      case 'u': f.isSigned = false; f.signMagnitude = f.onesComplement = false; break;
-      case 'l': f.limit = true; break;
-      case 'o': f.limit = false; break;
-      case 'r': f.round = true; f.symmetric = false; break;
-      case 'z': f.round = true; f.symmetric = true; break;
-      case 't': f.round = false; f.symmetric = false; break;
-      case 'm': f.isSigned = true; f.signMagnitude = true; f.onesComplement = false; break;
-      case 'c': f.isSigned = true; f.onesComplement = true; f.signMagnitude = false; break;
-      default: break;
-    }
-  }
-  return f;
-}
-
-FUZZ_NOT_INSTRUMENTED double modelAssign(double x, int wlen, int scale, const Format& f, bool& overflow) {
-  const double q = std::ldexp(1.0, scale);
-  const bool smFamily = f.signMagnitude || f.onesComplement;
-  double k;
-  if (!f.round)
-    k = smFamily ? std::floor(std::fabs(x) / q) : std::floor(x / q);
-  else if (f.symmetric && x <= 0)
-    k = std::ceil(x / q - 0.5);
-  else
-    k = std::floor(x / q + 0.5);
-  const int64_t full = int64_t{1} << wlen, half = full / 2;
-  const int64_t kMax = f.isSigned ? half - 1 : full - 1;
-  const int64_t kMin = !f.isSigned ? 0 : (smFamily ? -(half - 1) : -half);
-  int64_t w = static_cast<int64_t>(k);
-  overflow = false;
-  if (f.limit) {
-    if (w > kMax || w < kMin) overflow = true;
-    w = w > kMax ? kMax : (w < kMin ? kMin : w);
-  } else {
-    int64_t wrapped = ((w % full) + full) % full;
-    if (f.isSigned && wrapped >= half) wrapped -= full;
-    overflow = wrapped != w;
-    w = wrapped;
-  }
-  double value = static_cast<double>(w) * q;
-  if (smFamily && std::signbit(value) != std::signbit(x)) value = -value;
-  return value;
-}
 
 std::string modeLetters(FuzzedDataProvider& in) {
   static const char kLetters[] = "sulorztmcSULORZTMCx)";
@@ -138,7 +85,7 @@ void checkAssignments(FuzzedDataProvider& in) {
   const int scale = modelled ? in.ConsumeIntegralInRange<int>(-60, 60) : in.ConsumeIntegralInRange<int>(-1022, 1022);
   const std::string mode = modeLetters(in);
   FixedPoint number(wlen, scale, mode.c_str());
-  const Format f = parseMode(mode);
+  const qfbtest::FixedPointModel model = qfbtest::FixedPointModel::parse(wlen, mode);
   FUZZ_CHECK(canonicalMode(number.get_mode()), "mode \"%s\"", number.get_mode().c_str());
 
   for (int i = 0; i < 8 && in.remaining_bytes() > 0; ++i) {
@@ -158,12 +105,11 @@ void checkAssignments(FuzzedDataProvider& in) {
 
     if (modelled && std::isfinite(x) && std::fabs(x) < std::ldexp(1.0, 29 + scale)) {
       bool overflow = false;
-      const double want = modelAssign(x, wlen, scale, f, overflow);
+      const double want = model.assign(x, scale, overflow);
       const double got = fresh.get_val();
       // Only the sign-magnitude family gives a zero's sign a meaning (the
       // register's negative zero); elsewhere -0.0 and 0.0 are one value.
-      const bool smFamily = f.signMagnitude || f.onesComplement;
-      FUZZ_CHECK(got == want && (!smFamily || std::signbit(got) == std::signbit(want)),
+      FUZZ_CHECK(got == want && (model.repr == '2' || std::signbit(got) == std::signbit(want)),
                  "x %.17g (%d,%d,%s): value %.17g, model %.17g", x, wlen, scale, mode.c_str(), got, want);
       FUZZ_CHECK(fresh.get_overflow() == overflow, "x %.17g (%d,%d,%s): overflow %d, model %d", x, wlen, scale,
                  mode.c_str(), fresh.get_overflow(), overflow);
@@ -178,11 +124,8 @@ void checkAssignments(FuzzedDataProvider& in) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  // The too-long-word note of hex_() goes to standard error; keep the log short.
-  std::cerr.setstate(std::ios::badbit);
-  return 0;
-}
+// The too-long-word note of hex_() goes to standard error.
+FUZZ_MUTE_AT_START(std::cerr)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider in(data, size);

@@ -26,17 +26,13 @@
 //  - with bypass or t = 0 the data pass through unchanged, result 0;
 //  - with placement 0, a block within tDecode errors per codeword decodes to
 //    exactly the data encoded, result 0.
-#include <fuzzer/FuzzedDataProvider.h>
-
-#include <algorithm>
 #include <cstdint>
-#include <iostream>
 #include <memory>
-#include <numeric>
 #include <vector>
 
 #include "api/FlashBCH.h"
 #include "fuzz/fuzz_check.h"
+#include "support/xorshift.h"
 
 namespace {
 
@@ -52,26 +48,8 @@ struct Layout {
 
 constexpr int kLayouts = 64;
 
-// Marsaglia's xorshift32: layouts from their seeds, long data from a few
-// input bytes.
-class XorShift {
- public:
-  explicit XorShift(uint32_t seed) : s_(seed | 1u) {}
-  uint32_t next() {
-    s_ ^= s_ << 13;
-    s_ ^= s_ >> 17;
-    s_ ^= s_ << 5;
-    return s_;
-  }
-  int bit() { return static_cast<int>(next() >> 31); }
-  int inRange(int lo, int hi) { return lo + static_cast<int>(next() % static_cast<uint32_t>(hi - lo + 1)); }
-
- private:
-  uint32_t s_;
-};
-
 Layout layoutNumber(int index) {
-  XorShift draw(0x9E3779B9u * static_cast<uint32_t>(index + 1));
+  qfbtest::XorShift32 draw(0x9E3779B9u * static_cast<uint32_t>(index + 1));
   for (int warmUp = 0; warmUp < 4; ++warmUp) draw.next();
   Layout l;
   // A code's cost grows with t (its generator, encoder, syndromes and
@@ -110,10 +88,6 @@ Configured& configured(int index) {
 // The decoder's real error limit after init's mending of tDecode.
 int effectiveTDecode(const Layout& l) { return l.tDecode == -1 || l.tDecode > l.t ? l.t : l.tDecode; }
 
-FUZZ_NOT_INSTRUMENTED bool allBits(const std::vector<int>& v) {
-  return std::all_of(v.begin(), v.end(), [](int b) { return b == 0 || b == 1; });
-}
-
 // Decodes one received block and checks what holds for any block; sent is
 // the encoded data when the block is within tDecode errors per codeword.
 void decodeAndCheck(FlashBCH& codec, const Layout& l, const std::vector<int>& received,
@@ -124,12 +98,11 @@ void decodeAndCheck(FlashBCH& codec, const Layout& l, const std::vector<int>& re
   std::vector<int> decoded(static_cast<size_t>(totalData), -1), results(static_cast<size_t>(n), -1);
   const int uncorrectable = codec.decode_au(block.data(), decoded.data(), results.data());
   FUZZ_CHECK(uncorrectable >= 0 && uncorrectable <= n, "result %d for %d codewords", uncorrectable, n);
-  FUZZ_CHECK(std::all_of(results.begin(), results.end(), [](int r) { return r == 0 || r == 1; }),
-             "a per-codeword result is not 0 or 1");
+  FUZZ_CHECK(fuzz::allWithin(results, 0, 1), "a per-codeword result is not 0 or 1");
   FUZZ_CHECK(std::accumulate(results.begin(), results.end(), 0) == uncorrectable,
              "the result is not the sum of the per-codeword results");
   FUZZ_CHECK(block == received, "decode_au modified the received block");
-  FUZZ_CHECK(allBits(decoded), "a decoded element is not a bit");
+  FUZZ_CHECK(fuzz::allWithin(decoded, 0, 1), "a decoded element is not a bit");
 
   if (l.bypass || l.t == 0) {
     FUZZ_CHECK(uncorrectable == 0 && std::equal(decoded.begin(), decoded.end(), received.begin()),
@@ -143,10 +116,7 @@ void decodeAndCheck(FlashBCH& codec, const Layout& l, const std::vector<int>& re
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  std::cout.setstate(std::ios::badbit);
-  return 0;
-}
+FUZZ_MUTE_AT_START(std::cout)
 
 // Each layout serves two blocks: one within the limit, one of arbitrary bits.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -162,19 +132,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int tEff = effectiveTDecode(l);
 
   std::vector<int> sent(static_cast<size_t>(totalData)), received(static_cast<size_t>(blockLen));
-  XorShift bits(in.ConsumeIntegral<uint32_t>());
+  qfbtest::XorShift32 bits(in.ConsumeIntegral<uint32_t>());
   for (int& b : sent) b = bits.bit();
   codec.encode_au(sent.data(), received.data());
   for (int i = 0, start = 0; i < n; start += lengths[static_cast<size_t>(i)] + stored, ++i) {
     const int span = lengths[static_cast<size_t>(i)] + stored;
     const int flips = std::min(in.ConsumeIntegralInRange<int>(0, std::max(tEff, 0)), span);
-    std::vector<int> positions(static_cast<size_t>(span));
-    std::iota(positions.begin(), positions.end(), 0);
-    for (int f = 0; f < flips; ++f) {
-      std::swap(positions[static_cast<size_t>(f)],
-                positions[static_cast<size_t>(in.ConsumeIntegralInRange<int>(f, span - 1))]);
-      received[static_cast<size_t>(start + positions[static_cast<size_t>(f)])] ^= 1;
-    }
+    for (int p : fuzz::distinctPositions(in, span, flips)) received[static_cast<size_t>(start + p)] ^= 1;
   }
   decodeAndCheck(codec, l, received, &sent);
 

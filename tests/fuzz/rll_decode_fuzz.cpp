@@ -15,11 +15,7 @@
 //    agree with the same rules;
 //  - the precoder and its inverse filter undo each other from equal start
 //    delays, for taps whose current-symbol tap is set.
-#include <fuzzer/FuzzedDataProvider.h>
-
-#include <algorithm>
 #include <cstdint>
-#include <iostream>
 #include <vector>
 
 #include "Tools/code12_13_v2.h"
@@ -35,16 +31,12 @@ std::vector<int> takeBits(FuzzedDataProvider& in, size_t n) {
   return bits;
 }
 
-FUZZ_NOT_INSTRUMENTED bool allBinary(const std::vector<int>& v) {
-  return std::all_of(v.begin(), v.end(), [](int b) { return b == 0 || b == 1; });
-}
-
 void checkCode12_13(Code12_13_v2& code, const std::vector<int>& codeword) {
   std::vector<int> in = codeword, word(12), again(12), reencoded(13);
   const int route = code.decode(in.data(), word.data());
   FUZZ_CHECK(in == codeword, "12/13 decode changed its input");
   FUZZ_CHECK(route >= Code12_13_v2::Invalid && route <= Code12_13_v2::ViaTable3, "route %d", route);
-  FUZZ_CHECK(allBinary(word), "12/13 decoded a non-bit");
+  FUZZ_CHECK(fuzz::allWithin(word, 0, 1), "12/13 decoded a non-bit");
   int flag = -1;
   code.invalidCodewordFlag(in.data(), flag);
   FUZZ_CHECK(flag == (route == Code12_13_v2::Invalid ? 1 : 0), "flag %d for route %d", flag, route);
@@ -64,7 +56,7 @@ void checkCode30_31(Code30_31nrz_v2& code, Code12_13_v2& inner, const std::vecto
   std::vector<int> in = stream, out(static_cast<size_t>(30 * nblocks), -1);
   FUZZ_CHECK(code.block_decode(in.data(), out.data(), nblocks, false) == 30 * nblocks, "block_decode count");
   FUZZ_CHECK(in == stream, "30/31 block_decode changed its input");
-  FUZZ_CHECK(allBinary(out), "30/31 decoded a non-bit");
+  FUZZ_CHECK(fuzz::allWithin(out, 0, 1), "30/31 decoded a non-bit");
   for (int b = 0; b < nblocks; ++b) {
     const int* cw = stream.data() + 31 * b;
     const int* w = out.data() + 30 * b;
@@ -106,18 +98,15 @@ void checkPrecoderInverse(FuzzedDataProvider& in, const std::vector<int>& stream
   inverse.init_delays(start.data());
   std::vector<int> x = stream;
   inverse.unprecode(x.data(), static_cast<int>(x.size()));
-  FUZZ_CHECK(allBinary(x), "unprecode produced a non-bit");
+  FUZZ_CHECK(fuzz::allWithin(x, 0, 1), "unprecode produced a non-bit");
   forward.precode(x.data(), static_cast<int>(x.size()));
   FUZZ_CHECK(x == stream, "precode(unprecode(x)) != x");
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  // "ENDEC PROBLEMS" and similar notes go to standard output; silence them.
-  std::cout.setstate(std::ios::badbit);
-  return 0;
-}
+// "ENDEC PROBLEMS" and similar notes go to standard output.
+FUZZ_MUTE_AT_START(std::cout)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static Code12_13_v2 inner;

@@ -23,27 +23,19 @@
 //    do (tEff 0, or the first 2*tEff syndromes already zero);
 //  - the masked decoder equals the plain decoder run on word + mask, with
 //    the correction applied to the unmasked word.
-#include <fuzzer/FuzzedDataProvider.h>
-
-#include <algorithm>
-#include <iostream>
 #include <memory>
-#include <numeric>
 #include <vector>
 
 #include "fuzz/fuzz_check.h"
 #include "gf/gf2m.h"
 #include "rsecc/rsecc.h"
-#include "support/primitive_polynomials.h"
+#include "support/fields.h"
 
 namespace {
 
 GF2m& fieldOfDegree(int m) {
   static std::unique_ptr<GF2m> fields[qfbtest::kMaxFieldDegree + 1];
-  if (!fields[m]) {
-    const std::vector<int> p = qfbtest::primitivePolynomial(m);
-    fields[m] = std::make_unique<GF2m>(m, p.data(), m, static_cast<const char*>(nullptr));
-  }
+  if (!fields[m]) fields[m] = qfbtest::computedField(m);
   return *fields[m];
 }
 
@@ -58,32 +50,10 @@ FUZZ_NOT_INSTRUMENTED bool leadingSyndromesVanish(GF& f, const std::vector<int>&
   return true;
 }
 
-FUZZ_NOT_INSTRUMENTED int changedSymbols(const std::vector<int>& a, const std::vector<int>& b) {
-  int d = 0;
-  for (size_t i = 0; i < a.size(); ++i) d += a[i] != b[i];
-  return d;
-}
-
-FUZZ_NOT_INSTRUMENTED bool allElements(const std::vector<int>& w, int q) {
-  return std::all_of(w.begin(), w.end(), [q](int s) { return s >= 0 && s < q; });
-}
-
-std::vector<int> distinctPositions(FuzzedDataProvider& in, int n, int count) {
-  std::vector<int> order(static_cast<size_t>(n));
-  std::iota(order.begin(), order.end(), 0);
-  for (int i = 0; i < count; ++i)
-    std::swap(order[static_cast<size_t>(i)], order[static_cast<size_t>(in.ConsumeIntegralInRange<int>(i, n - 1))]);
-  order.resize(static_cast<size_t>(count));
-  return order;
-}
-
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  // Construction and decoding warnings go to standard output; silence them.
-  std::cout.setstate(std::ios::badbit);
-  return 0;
-}
+// Construction and decoding warnings go to standard output.
+FUZZ_MUTE_AT_START(std::cout)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider in(data, size);
@@ -112,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     code.encode(msg.data(), k, codeword.data(), n);
     const int f = in.ConsumeIntegralInRange<int>(0, 2 * tEff);
     const int e = in.ConsumeIntegralInRange<int>(0, (2 * tEff - f) / 2);
-    const std::vector<int> positions = distinctPositions(in, n, std::min(n, e + f));
+    const std::vector<int> positions = fuzz::distinctPositions(in, n, std::min(n, e + f));
     word = codeword;
     for (size_t i = 0; i < positions.size(); ++i) {
       const int p = positions[i];
@@ -142,9 +112,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                : code.decodeErrorAndErasure(decoded.data(), n, erasures.data(), nErasures,
                                                             tUse, nullptr);
   FUZZ_CHECK(result == 0 || result == 1, "result %d", result);
-  FUZZ_CHECK(allElements(decoded, q), "a decoded symbol left the field");
-  FUZZ_CHECK(changedSymbols(word, decoded) <= tEff + nErasures, "%d symbols changed, limit %d + %d",
-             changedSymbols(word, decoded), tEff, nErasures);
+  FUZZ_CHECK(fuzz::allWithin(decoded, 0, q - 1), "a decoded symbol left the field");
+  FUZZ_CHECK(fuzz::differences(word, decoded) <= tEff + nErasures, "%d symbols changed, limit %d + %d",
+             fuzz::differences(word, decoded), tEff, nErasures);
   if (result == 1)
     FUZZ_CHECK(leadingSyndromesVanish(field, decoded, b0, 2 * tEff), "result 1 but not a codeword");
   if (withinBound)

@@ -7,12 +7,12 @@
 
 #include "gf/exp2Int15.h"
 #include "gf/gf2m.h"
-#include "gf_helpers.h"
+#include "support/fields.h"
 #include "support/testutil.h"
 
 namespace {
 
-using namespace gftest;
+using namespace qfbtest;
 const int kP4[] = {1, 0, 0, 1, 1};  // x^4 + x + 1
 
 // a * b mod p(x) on polynomial-basis integers, shift and add.
@@ -54,7 +54,7 @@ TEST(GF2m, ArithmeticMatchesPolynomialArithmetic) {
   for (unsigned pMask : {0x7u, 0xbu, 0x13u, 0x25u, 0x43u, 0x11du}) {
     const std::vector<int> p = leadingFirst(pMask);
     const int m = int(p.size()) - 1;
-    auto f = field(pMask);
+    auto f = fieldFromMask(pMask);
     const int q = f->getN();
     ASSERT_EQ(f->exp2Int(1), 2) << "m=" << m;
     for (int a = 0; a < q; ++a) {
@@ -118,7 +118,7 @@ TEST(GF2m, DamagedTableFilesStayInBounds) {
 }
 
 TEST(GF2m, OneBitFieldIsExemptFromTheParityTest) {
-  auto f = field(0x3);
+  auto f = fieldFromMask(0x3);
   EXPECT_EQ(f->getN(), 2);
   EXPECT_EQ(f->exp2Int(0), 1);
   EXPECT_EQ(f->add(0, 0), 1);
@@ -137,7 +137,7 @@ TEST(GF2mDeath, DefiningPolynomialChecks) {
 }
 
 TEST(GF2m, CloneIsDeepAndOutlivesItsSource) {
-  auto source = field(0x13);
+  auto source = fieldFromMask(0x13);
   const std::vector<int> exp2 = exp2Table(*source), int2 = int2Table(*source);
   std::unique_ptr<GF> copy(source->clone());
   source.reset();
@@ -151,7 +151,7 @@ TEST(GF2m, CloneIsDeepAndOutlivesItsSource) {
 
 TEST(GF2m, FindPrim2to10MatchesThePrimitivityOfEachCandidate) {
   for (unsigned pMask : {0x7u, 0xbu}) {
-    auto f = field(pMask);
+    auto f = fieldFromMask(pMask);
     const int n1 = f->getN() - 1;
     int out[3] = {-1, -1, -1};
     f->findPrim2to10(out);

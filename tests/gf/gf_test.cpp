@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "gf/gf2m.h"
-#include "gf_helpers.h"
+#include "support/fields.h"
 #include "support/testutil.h"
 
 namespace {
 
 class GfPoly : public ::testing::Test {
  protected:
-  std::unique_ptr<GF2m> fp = gftest::field(0x13);
+  std::unique_ptr<GF2m> fp = qfbtest::fieldFromMask(0x13);
   GF& f = *fp;
   const int Z = 15;  // the zero element
   std::mt19937 rng{7};
@@ -118,7 +118,7 @@ int primitiveReference(GF& f, const std::vector<int>& poly) {
 TEST(GfPrimitive, AgreesWithTheLiteralOrderTest) {
   int primitiveCount = 0;
   for (unsigned mask : {0x7u, 0xbu}) {
-    auto f = gftest::field(mask);
+    auto f = qfbtest::fieldFromMask(mask);
     const int q = f->getN();
     for (int deg = 1; deg <= (q == 4 ? 3 : 2); ++deg) {
       std::vector<int> poly(deg + 1, 0);
@@ -149,7 +149,7 @@ TEST_F(GfPoly, IrreducibleIsTheRootTest) {
 }
 
 TEST(GfTables, PrintedTablesOfGf4) {
-  auto f = gftest::field(0x7);
+  auto f = qfbtest::fieldFromMask(0x7);
   testing::internal::CaptureStdout();
   f->printAdditionTable();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "3  2  1  0  \n2  3  0  1  \n1  0  3  2  \n0  1  2  3  \n");
@@ -159,7 +159,7 @@ TEST(GfTables, PrintedTablesOfGf4) {
 }
 
 TEST(GfDeath, ArgumentChecks) {
-  auto f = gftest::field(0x11d);
+  auto f = qfbtest::fieldFromMask(0x11d);
   const int a[] = {1, 2, 3}, b[] = {4, 5};
   int prod[5], r0[3] = {0, 1, 2}, r1[3] = {3, 4, 5};
   int* M[] = {r0, r1};

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "gf/gfutilities.h"
-#include "gf_helpers.h"
+#include "support/fields.h"
 #include "support/testutil.h"
 
 namespace {
@@ -12,7 +12,7 @@ using V = std::vector<int>;
 
 class GfUtil : public ::testing::Test {
  protected:
-  std::unique_ptr<GF2m> fp = gftest::field(0x13);
+  std::unique_ptr<GF2m> fp = qfbtest::fieldFromMask(0x13);
   GF2m& f = *fp;
   const int Z = 15;
 };

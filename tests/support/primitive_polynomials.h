@@ -17,11 +17,15 @@ inline unsigned primitivePolynomialMask(int m) {
   return masks[m - kMinFieldDegree];
 }
 
-inline std::vector<int> primitivePolynomial(int m) {
-  const unsigned mask = primitivePolynomialMask(m);
+// Leading-first coefficients of p(x) from a mask whose bit j is the coefficient of x^j.
+inline std::vector<int> leadingFirst(unsigned mask) {
+  int m = 0;
+  while ((mask >> (m + 1)) != 0) ++m;
   std::vector<int> p(m + 1);
   for (int j = 0; j <= m; ++j) p[m - j] = (mask >> j) & 1;
   return p;
 }
+
+inline std::vector<int> primitivePolynomial(int m) { return leadingFirst(primitivePolynomialMask(m)); }
 
 }  // namespace qfbtest

@@ -4,7 +4,6 @@
 #include "support/referenceBch.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -14,7 +13,6 @@
 #include "Tools/utilities.h"
 #include "gf/gf.h"
 #include "gf/gfutilities.h"
-#include "randgen/classicGenerators.h"
 #include "rsecc/rsecc.h"
 
 namespace {
@@ -338,18 +336,4 @@ int ReferenceBCH::decodeForSmallT(int* in, int* out, int tLimit) {
   const int result = chienSearch(locator.data(), out);
   array_rev(out, n);
   return result;
-}
-
-void ReferenceBCH::injectHardErrors(int* in, int* out, int numErrors, long& seed) {
-  std::copy(in, in + n, out);
-  // Positions are drawn until an unflipped one comes up, so the flips are
-  // distinct; with numErrors > n no free position would remain and the
-  // draw never ends.
-  for (int e = 0; e < numErrors; ++e) {
-    int p;
-    do {
-      p = static_cast<int>(std::floor(ran1(&seed) * n));
-    } while (p < 0 || p >= n || out[p] != in[p]);
-    out[p] ^= 1;
-  }
 }

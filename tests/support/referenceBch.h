@@ -28,7 +28,6 @@ struct ReferenceBCH {
   int chienSearch(int* locator, int* word);
   int decodeForSmallT(int* in, int* out, int tLimit);
   int decodeRS(int* in, int* out, int tLimit);
-  void injectHardErrors(int* in, int* out, int numErrors, long& seed);
 
   GF* gf;
   int n;

@@ -13,6 +13,7 @@
 #include "Tools/mymatrix/realMatrix.h"
 #include "bch/bch.h"
 #include "gf/gf2m.h"
+#include "support/fields.h"
 
 using namespace tools;
 
@@ -137,9 +138,8 @@ TEST(BinaryMatrix, GeneratorOfAnyParityCheckMatrixSpansItsNullSpace) {
 }
 
 TEST(BinaryMatrix, BchParityCheckAndItsGeneratorReproduceTheEncoder) {
-  int coefficients[16] = {};
-  coefficients[0] = coefficients[14] = coefficients[15] = 1;  // x^15 + x + 1
-  GF2m field(15, coefficients, 15, static_cast<const char*>(nullptr));
+  const auto computed = qfbtest::computedField(15);  // x^15 + x + 1
+  GF2m& field = *computed;
   std::mt19937 rng(10);
   for (auto [k, t, b] : {std::tuple<int, int, int>{16, 1, 0}, {40, 1, 1}, {64, 3, 1}, {200, 8, 1}}) {
     BCH code(&field, 0, t, b, k);
