@@ -102,12 +102,13 @@ TEST(MpiRun, AFailedRankIsNamedAndTheCheckpointResumes) {
 
 // SIGINT or SIGTERM to the launcher itself: Open MPI's mpirun sends the
 // ranks SIGCONT, SIGTERM odls_base_sigkill_timeout seconds later and SIGKILL
-// as long again after that (2 s here, so that a loaded machine still has
+// as long again after that (3 s here, so that a loaded machine still has
 // time to save). The ranks stop after the same batch, and rank 0 saves the
-// checkpoint and writes the finished points. The signal goes out a second
-// after the start, and SIGTERM reaches the ranks 2 s later, well after
-// their start-up; the run would take far longer. No periodic checkpoint is
-// due in that time, so the file on disk is the one saved on the way out.
+// checkpoint and writes the finished points. The signal goes out 2 s after
+// the start (MPI start-up on a busy machine takes about a second), and
+// SIGTERM reaches the ranks 3 s later; the run would take far longer. No
+// periodic checkpoint is due in that time, so the file on disk is the one
+// saved on the way out.
 TEST(MpiRun, ASignalToTheLauncherSavesTheCheckpoint) {
   qfbtest::ScratchDir scratch;
   const std::string sweep = "simulate --layout 2x1024 --t 4 --channel bsc --rber 1.5e-3,2e-3 --max-fe 1000000000 "
@@ -116,9 +117,9 @@ TEST(MpiRun, ASignalToTheLauncherSavesTheCheckpoint) {
     std::remove("run.ckpt");
     std::remove("stopped.json");
     const std::string script =
-        "(" + launcher(2) + " --mca odls_base_sigkill_timeout 2 '" + FLASHBCH_BINARY + "' " + sweep +
+        "(" + launcher(2) + " --mca odls_base_sigkill_timeout 3 '" + FLASHBCH_BINARY + "' " + sweep +
         " --checkpoint run.ckpt --checkpoint-every 1000 --json stopped.json >stdout.txt 2>stderr.txt </dev/null & "
-        "pid=$!; sleep 1; kill -" + signal + " $pid; wait $pid; echo $? >status.txt)";
+        "pid=$!; sleep 2; kill -" + signal + " $pid; wait $pid; echo $? >status.txt)";
     ASSERT_EQ(std::system(script.c_str()), 0);
     const std::string err = qfbtest::readFile("stderr.txt"), saved = qfbtest::readFile("run.ckpt");
     EXPECT_NE(qfbtest::readFile("status.txt"), "0\n") << signal;
