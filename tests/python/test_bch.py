@@ -91,24 +91,29 @@ def test_batch_decoding_releases_the_gil():
     # decode_batch call. Holding the GIL, the call would leave the main
     # thread no samples in the middle third of it (a switch just before the
     # call gives at most one 5 ms switch interval, and the call takes longer).
+    # The batch is repeated until one call on one thread lasts 50 ms, so the
+    # test holds on fast and slow machines alike.
     code = q.BCH(8192, 40)
-    data, parity, noisy = _noisy_batch(code, 1500, seed=9)
-    span, done = [], threading.Event()
+    _, parity, noisy = _noisy_batch(code, 500, seed=9)
+    while True:
+        span, done = [], threading.Event()
 
-    def worker():
-        span.append(time.perf_counter())
-        code.decode_batch(noisy, parity)
-        span.append(time.perf_counter())
-        done.set()
+        def worker():
+            span.append(time.perf_counter())
+            code.decode_batch(noisy, parity, threads=1)
+            span.append(time.perf_counter())
+            done.set()
 
-    samples = []
-    thread = threading.Thread(target=worker)
-    thread.start()
-    while not done.is_set():
-        samples.append(time.perf_counter())
-    thread.join()
-    start, end = span
-    assert end - start > 0.03, "the batch is too small to tell"
+        samples = []
+        thread = threading.Thread(target=worker)
+        thread.start()
+        while not done.is_set():
+            samples.append(time.perf_counter())
+        thread.join()
+        start, end = span
+        if end - start > 0.05:
+            break
+        noisy, parity = np.tile(noisy, (2, 1)), np.tile(parity, (2, 1))
     third = (end - start) / 3
     assert sum(start + third < s < end - third for s in samples) > 10
 
