@@ -2,6 +2,7 @@
 // and the run-length-limited pass-through of RSECC, over GF(16) and GF(2^8).
 #include <algorithm>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -56,14 +57,18 @@ TEST(RseccConstruct, FieldCopyOutlivesTheCallersField) {
 }
 
 // Every row of the stored schedule is a list of (a, b) pairs with a in 1..6
-// and b in 1..2, then zeros to the end of its 24 entries.
+// and b in 1..2, then zeros to the end of its 24 entries; no two rows are
+// the same hypothesis, so a damaged entry that ends a row early shows up as
+// a repeat of a shorter row.
 TEST(RseccConstruct, ScheduleRowsAreZeroTerminatedPairLists) {
   GF2m f = field(4);
   const V s = RSECC(&f, 2, -1, false, 0).getSchedule();
   ASSERT_EQ(s.size(), 70u * 24u);
+  std::set<V> rows;
   for (int row = 0; row < 70; ++row) {
     const auto begin = s.begin() + 24 * row, end = begin + 24;
     const auto used = std::find(begin, end, 0);
+    EXPECT_TRUE(rows.insert(V(begin, used)).second) << "row " << row << " repeats an earlier one";
     ASSERT_TRUE((used - begin) % 2 == 0 && used > begin) << row;
     EXPECT_TRUE(std::all_of(used, end, [](int v) { return v == 0; })) << row;
     for (auto p = begin; p != used; p += 2) EXPECT_TRUE(p[0] <= 6 && p[1] >= 1 && p[1] <= 2) << row;
