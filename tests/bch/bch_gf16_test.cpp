@@ -68,6 +68,13 @@ TEST_F(Gf16, SyndromesOfSingleBits) {
   EXPECT_FALSE(even.isCodeword(word.data()));
   EXPECT_EQ(syndromes(even, 2), (V{Z, Z}));
   EXPECT_EQ(even.parity, 1);
+  // A word longer than the field's order is checked by the plain syndrome
+  // pass; with b = 1 odd weight is no fault: x^4 + x + 1 is a codeword.
+  Probe longer(&bchtest::gf16(), 16, 1, 1, 0);
+  V generator(16, 0);
+  for (int d : {4, 1, 0}) generator[15 - d] = 1;
+  EXPECT_TRUE(longer.isCodeword(generator.data()));
+  EXPECT_EQ(longer.parity, 1);
 }
 
 TEST_F(Gf16, BerlekampMassey) {
