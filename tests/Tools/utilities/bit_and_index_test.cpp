@@ -125,6 +125,8 @@ TEST(Combinatorics, RankAndUnrankAreInverseBijectionsInColexOrder) {
   EXPECT_THROW(big.rank({1, 2, 3, 4, 5, 1000}), std::invalid_argument);
   EXPECT_THROW(big.unrank(big.count()), std::out_of_range);
   EXPECT_THROW(SubsetIndexer(200, 100), std::overflow_error);
+  for (const auto& [n, k] : {std::pair{5, 6}, {5, -1}, {-1, 0}})
+    EXPECT_THROW(SubsetIndexer(n, k), std::invalid_argument) << n << " choose " << k;
 }
 
 TEST(Selection, SmallestKMatchesAStableFullSort) {
