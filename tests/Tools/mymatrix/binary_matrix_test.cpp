@@ -105,8 +105,7 @@ TEST(BinaryMatrix, RankInverseSolveAndNullSpaceObeyTheirIdentities) {
     } else if (r == c) {
       EXPECT_THROW(a.inverse(), std::domain_error);
     }
-    EXPECT_TRUE(a.transposed().transposed() == a);
-    EXPECT_EQ(a.transposed().rank(), k);
+    EXPECT_EQ(a.transposed().rank(), k);  // transposed() itself is pinned by a * N^T = 0 above
   }
   BinaryMatrix singular = BinaryMatrix::identity(4);
   singular.flip(3, 3);
@@ -188,7 +187,7 @@ TEST(RealMatrix, InverseSolveAndDeterminantWithPartialPivoting) {
     RealMatrix x(n, 2);
     for (size_t i = 0; i < n; ++i) x(i, 0) = u(rng), x(i, 1) = u(rng);
     EXPECT_LT(a.solve(a * x).maxAbsDifference(x), 1e-9);
-    EXPECT_LT(a.transposed().transposed().maxAbsDifference(a), 1e-300);
+    EXPECT_LT((a * x).transposed().maxAbsDifference(x.transposed() * a.transposed()), 1e-12);
   }
   RealMatrix s(3, 3, 1.0);
   EXPECT_EQ(s.determinant(), 0.0);
