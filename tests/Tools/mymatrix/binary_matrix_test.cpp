@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 
 #include "Tools/mymatrix/bchParityCheck.h"
@@ -45,25 +46,22 @@ BinaryMatrix referenceRref(BinaryMatrix m, size_t& rank) {
   return m;
 }
 
-// Rank exactly k: X = [I_k; random] times Y = [I_k | random], rows and
-// columns then shuffled.
+// Rank exactly k: X (r x k) and Y (k x c) random but for the unit vectors
+// e_1..e_k placed in k random rows of X and k random columns of Y, so X has
+// full column rank and Y full row rank.
 BinaryMatrix knownRank(size_t r, size_t c, size_t k, double density, std::mt19937& rng) {
   BinaryMatrix x = randomMatrix(r, k, density, rng), y = randomMatrix(k, c, density, rng);
-  for (size_t i = 0; i < k; ++i)
-    for (size_t j = 0; j < k; ++j) {
-      x.set(i, j, i == j);
-      y.set(i, j, i == j);
-    }
-  BinaryMatrix p = x * y;
   std::vector<size_t> rows(r), cols(c);
-  for (size_t i = 0; i < r; ++i) rows[i] = i;
-  for (size_t j = 0; j < c; ++j) cols[j] = j;
+  std::iota(rows.begin(), rows.end(), size_t{0});
+  std::iota(cols.begin(), cols.end(), size_t{0});
   std::shuffle(rows.begin(), rows.end(), rng);
   std::shuffle(cols.begin(), cols.end(), rng);
-  BinaryMatrix s(r, c);
-  for (size_t i = 0; i < r; ++i)
-    for (size_t j = 0; j < c; ++j) s.set(i, j, p.get(rows[i], cols[j]));
-  return s;
+  for (size_t i = 0; i < k; ++i)
+    for (size_t j = 0; j < k; ++j) {
+      x.set(rows[i], j, i == j);
+      y.set(j, cols[i], i == j);
+    }
+  return x * y;
 }
 
 }  // namespace
