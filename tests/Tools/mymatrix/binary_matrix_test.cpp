@@ -190,6 +190,7 @@ TEST(RealMatrix, InverseSolveAndDeterminantWithPartialPivoting) {
   RealMatrix s(3, 3, 1.0);
   EXPECT_EQ(s.determinant(), 0.0);
   EXPECT_THROW(s.inverse(), std::domain_error);
+  EXPECT_THROW(RealMatrix(1, 1).inverse(), std::domain_error);  // pivot 0 is not above n eps max|a| = 0
   EXPECT_THROW(s.solve(RealMatrix(3, 1)), std::domain_error);
   EXPECT_THROW(RealMatrix(2, 3) * RealMatrix(2, 3), std::invalid_argument);
   EXPECT_THROW(RealMatrix(2, 3).inverse(), std::invalid_argument);
