@@ -1,4 +1,5 @@
-// Shared by the bank tests: a parameter set built from parallel lists.
+// Shared by the bank tests: a parameter set built from parallel lists, and
+// the column padding of the one-file tables.
 #pragma once
 
 #include <string>
@@ -26,5 +27,8 @@ inline BufferBankParam makeParam(const std::string& bank, const std::vector<std:
                                  const std::vector<int>& dims, int len) {
   return makeParam(bank, names, dims, std::vector<int>(names.size(), len));
 }
+
+// Right-aligned in `width` columns, as the one-file tables print.
+inline std::string pad(const std::string& s, size_t width) { return std::string(width - s.size(), ' ') + s; }
 
 }  // namespace banktest

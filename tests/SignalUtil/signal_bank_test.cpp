@@ -12,6 +12,7 @@
 namespace {
 
 using banktest::makeParam;
+using banktest::pad;
 using qfbtest::readFile;
 
 TEST(SignalBank, RecordsUntilFullAndRewinds) {
@@ -136,7 +137,6 @@ TEST(SignalBankPrint, TablesWordsAndOneFile) {
   bank.reset_file();
   EXPECT_EQ(readFile("sb_s_word.txt") + readFile("sb_v.txt"), "");
 
-  auto pad = [](const std::string& s, size_t w) { return std::string(w - s.size(), ' ') + s; };
   bank.print_to_one_file(false, -1, true, 8, false, false, 3);
   EXPECT_EQ(readFile("sb.txt"), "Column: 3\tRow(noHeader): 4\tHeader_en: 1\n" + pad("s", 8) + pad("v", 5) + "[0]" +
                                     pad("v", 5) + "[1]\n" + pad("-1", 8) + pad("0.5", 8) + pad("-2", 8) + "\n" +

@@ -74,7 +74,7 @@ TEST(FixedPoint, ModeLettersAndFormatKey) {
   EXPECT_EQ(FixedPoint(8, 0, "slr").get_format_key(), 50331676u);
   EXPECT_EQ(FixedPoint(12, -4, "sozm").get_format_key(), 58589207u);
   EXPECT_EQ(FixedPoint(0, 0, "ulT").get_format_key(), 33554440u);
-  EXPECT_EQ(FixedPoint().get_val(), 0.0);
+  EXPECT_EQ(FixedPoint().get_val(), 0.0);  // a default register holds 0
   EXPECT_EQ(FixedPoint(8, -1, "ulr").get_max(), 127.5);
   EXPECT_EQ(FixedPoint(8, -1, "slr").get_min(), -64);
   EXPECT_EQ(FixedPoint(8, -1, "slrc").get_min(), -63.5);

@@ -10,23 +10,16 @@ namespace {
 
 using Bits = std::vector<int>;
 using qfbtest::randomBits;
-const int kDicode[] = {1, 0, -1};
+const Bits kDicode{1, 0, -1};  // 1/(1+D^2)
 
-// 1/(1+D^2) with y[-2] = d0, y[-1] = d1: y[t] = x[t] ^ y[t-2].
-Bits dicodePrecode(const Bits& x, int d0 = 0, int d1 = 0) {
-  Bits y(x.size());
-  for (std::size_t t = 0; t < x.size(); ++t) y[t] = x[t] ^ (t >= 2 ? y[t - 2] : (t == 0 ? d0 : d1));
-  return y;
-}
-
-// y[t] = x[t] ^ (XOR of y[t-j] over the nonzero taps j >= 1), from zero state.
-Bits feedbackFilter(const Bits& taps, const Bits& x) {
-  Bits y(x.size());
-  for (std::size_t t = 0; t < x.size(); ++t) {
-    y[t] = x[t];
+// y[t] = x[t] ^ (XOR of y[t-j] over the nonzero taps j >= 1), with the
+// outputs before the start given newest first in `past` (zero beyond).
+Bits feedbackFilter(const Bits& taps, const Bits& x, const Bits& past = {}) {
+  Bits y(past.rbegin(), past.rend());
+  y.insert(y.end(), x.begin(), x.end());
+  for (std::size_t t = past.size(); t < y.size(); ++t)
     for (std::size_t j = 1; j < taps.size() && j <= t; ++j) y[t] ^= taps[j] != 0 ? y[t - j] : 0;
-  }
-  return y;
+  return Bits(y.begin() + past.size(), y.end());
 }
 
 // Positions 33 and 34 of each 35-bit framed block.
@@ -63,7 +56,7 @@ TEST(RllPrecoder, InitialDelaysSeedTheFilter) {
       {{-1, -1}, 0, 0}, {{1, 0}, 1, 0}, {{0, 1}, 0, 1}, {{1, -1}, 1, 0}};
   const Bits x{1, 0, 0, 1, 1, 0, 1};
   for (const auto& c : cases) {
-    Precoder p(kDicode, 3);
+    Precoder p(kDicode.data(), 3);
     p.init_delays(c.init);
     Precoder copy(p);
     p.reset();
@@ -72,23 +65,23 @@ TEST(RllPrecoder, InitialDelaysSeedTheFilter) {
     EXPECT_EQ(Bits(delays, delays + 2), (Bits{c.d0, c.d1}));
     Bits y = x;
     copy.precode(y.data(), 7);
-    EXPECT_EQ(y, dicodePrecode(x, c.d0, c.d1));
+    EXPECT_EQ(y, feedbackFilter(kDicode, x, {c.d1, c.d0}));
   }
-  Precoder p(kDicode, 3);
+  Precoder p(kDicode.data(), 3);
   const int bad[] = {0, 2};
   EXPECT_EXIT_PRINTS(p.init_delays(bad), 255, "RPECODER::init_delays: wromg initial values\n");
 }
 
 TEST(RllPrecoder, InsertBfPrecodeAppendsTheLastTwoPrecoderOutputs) {
   std::mt19937 rng(4);
-  Precoder p(kDicode, 3);
+  Precoder p(kDicode.data(), 3);
   const Bits in = randomBits(rng, 66);
   Bits out(71, -1);
   // Only one of the two lengths needs to be regular: 71 is not 35k.
   p.InsertBfPrecode(in.data(), 66, out.data(), 71);
   EXPECT_EQ(out[70], -1);
   for (int b = 0; b < 2; ++b) {
-    const Bits block(in.begin() + 33 * b, in.begin() + 33 * b + 33), y = dicodePrecode(block);
+    const Bits block(in.begin() + 33 * b, in.begin() + 33 * b + 33), y = feedbackFilter(kDicode, block);
     EXPECT_EQ(Bits(out.begin() + 35 * b, out.begin() + 35 * b + 33), block);
     EXPECT_EQ(Bits(out.begin() + 35 * b + 33, out.begin() + 35 * b + 35), Bits(y.end() - 2, y.end()));
   }
@@ -100,7 +93,7 @@ TEST(RllPrecoder, InsertBfPrecodeAppendsTheLastTwoPrecoderOutputs) {
 
 TEST(RllPrecoder, InsertBfPostcodeFillsListedPositions) {
   std::mt19937 rng(5);
-  Precoder p(kDicode, 3);
+  Precoder p(kDicode.data(), 3);
   const int blocks = 35, inLen = 33 * blocks, outLen = 35 * blocks;
   Bits in = randomBits(rng, inLen);
   in.back() = 1;
@@ -141,7 +134,7 @@ TEST(RllPrecoder, DummyPositionsGoInAndOut) {
 }
 
 TEST(RllPrecoder, IrregularLengthsAreFatal) {
-  Precoder p(kDicode, 3);
+  Precoder p(kDicode.data(), 3);
   Bits a(80), b(80);
   std::vector<int> pos(80, 0);
   const char* dummyMsg = "Input or Output Length is not regular in RemoveDummy()\n";

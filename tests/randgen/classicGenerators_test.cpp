@@ -84,8 +84,7 @@ TEST(ShuffledUniforms, FollowTheirComponentSequences) {
 TEST(ShuffledUniforms, RestartsUseThe32BitWord) {
   for (const Gen& gen : {kRan1, kRan2, kRan2Moded}) {
     const std::vector<double> fromOne = run(gen, -1, 40);
-    EXPECT_EQ(run(gen, -1, 40), fromOne);
-    EXPECT_EQ(run(gen, 0, 40), fromOne);
+    EXPECT_EQ(run(gen, 0, 40), fromOne);  // also shows that a restart clears the table
     EXPECT_EQ(run(gen, INT32_MIN, 40), fromOne);  // its negation wraps to itself
     EXPECT_NE(run(gen, -2, 40), fromOne);
     if constexpr (sizeof(long) > 4) {
@@ -93,7 +92,6 @@ TEST(ShuffledUniforms, RestartsUseThe32BitWord) {
       EXPECT_EQ(run(gen, 0x1fffffffeL, 40), run(gen, -2, 40));
     }
   }
-  EXPECT_EQ(run(kRan2Moded, -1, 40), run(kRan2, -1, 40));  // own statics, same generator
 }
 
 TEST(Ran2State, FileRoundTrip) {

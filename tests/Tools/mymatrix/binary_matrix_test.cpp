@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 
 #include "Tools/mymatrix/bchParityCheck.h"
@@ -45,25 +46,22 @@ BinaryMatrix referenceRref(BinaryMatrix m, size_t& rank) {
   return m;
 }
 
-// Rank exactly k: X = [I_k; random] times Y = [I_k | random], rows and
-// columns then shuffled.
+// Rank exactly k: X (r x k) and Y (k x c) random but for the unit vectors
+// e_1..e_k placed in k random rows of X and k random columns of Y, so X has
+// full column rank and Y full row rank.
 BinaryMatrix knownRank(size_t r, size_t c, size_t k, double density, std::mt19937& rng) {
   BinaryMatrix x = randomMatrix(r, k, density, rng), y = randomMatrix(k, c, density, rng);
-  for (size_t i = 0; i < k; ++i)
-    for (size_t j = 0; j < k; ++j) {
-      x.set(i, j, i == j);
-      y.set(i, j, i == j);
-    }
-  BinaryMatrix p = x * y;
   std::vector<size_t> rows(r), cols(c);
-  for (size_t i = 0; i < r; ++i) rows[i] = i;
-  for (size_t j = 0; j < c; ++j) cols[j] = j;
+  std::iota(rows.begin(), rows.end(), size_t{0});
+  std::iota(cols.begin(), cols.end(), size_t{0});
   std::shuffle(rows.begin(), rows.end(), rng);
   std::shuffle(cols.begin(), cols.end(), rng);
-  BinaryMatrix s(r, c);
-  for (size_t i = 0; i < r; ++i)
-    for (size_t j = 0; j < c; ++j) s.set(i, j, p.get(rows[i], cols[j]));
-  return s;
+  for (size_t i = 0; i < k; ++i)
+    for (size_t j = 0; j < k; ++j) {
+      x.set(rows[i], j, i == j);
+      y.set(j, cols[i], i == j);
+    }
+  return x * y;
 }
 
 }  // namespace
@@ -105,8 +103,7 @@ TEST(BinaryMatrix, RankInverseSolveAndNullSpaceObeyTheirIdentities) {
     } else if (r == c) {
       EXPECT_THROW(a.inverse(), std::domain_error);
     }
-    EXPECT_TRUE(a.transposed().transposed() == a);
-    EXPECT_EQ(a.transposed().rank(), k);
+    EXPECT_EQ(a.transposed().rank(), k);  // transposed() itself is pinned by a * N^T = 0 above
   }
   BinaryMatrix singular = BinaryMatrix::identity(4);
   singular.flip(3, 3);
@@ -188,11 +185,12 @@ TEST(RealMatrix, InverseSolveAndDeterminantWithPartialPivoting) {
     RealMatrix x(n, 2);
     for (size_t i = 0; i < n; ++i) x(i, 0) = u(rng), x(i, 1) = u(rng);
     EXPECT_LT(a.solve(a * x).maxAbsDifference(x), 1e-9);
-    EXPECT_LT(a.transposed().transposed().maxAbsDifference(a), 1e-300);
+    EXPECT_LT((a * x).transposed().maxAbsDifference(x.transposed() * a.transposed()), 1e-12);
   }
   RealMatrix s(3, 3, 1.0);
   EXPECT_EQ(s.determinant(), 0.0);
   EXPECT_THROW(s.inverse(), std::domain_error);
+  EXPECT_THROW(RealMatrix(1, 1).inverse(), std::domain_error);  // pivot 0 is not above n eps max|a| = 0
   EXPECT_THROW(s.solve(RealMatrix(3, 1)), std::domain_error);
   EXPECT_THROW(RealMatrix(2, 3) * RealMatrix(2, 3), std::invalid_argument);
   EXPECT_THROW(RealMatrix(2, 3).inverse(), std::invalid_argument);

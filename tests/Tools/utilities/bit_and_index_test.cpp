@@ -1,6 +1,5 @@
-// Bit conversions, packing, combinatorial indexing and selection, each
-// checked against an independent formulation (the int-per-bit helpers,
-// Pascal's triangle, a full sort).
+// Bit conversions, packing and combinatorial indexing, each checked against
+// an independent formulation (the int-per-bit helpers, Pascal's triangle).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +12,6 @@
 #include "Tools/utilities/bitVector.h"
 #include "Tools/utilities/combinatorics.h"
 #include "Tools/utilities/packedBits.h"
-#include "Tools/utilities/selection.h"
 
 using namespace tools;
 
@@ -29,10 +27,13 @@ TEST(BitVector, IntegerAndSymbolRoundTripsAgreeWithTheIntHelpers) {
       EXPECT_EQ(bitsToInt(lsb.data(), width, BitOrder::LsbFirst), v);
       EXPECT_EQ(bitsToInt(msb.data(), width, BitOrder::MsbFirst), v);
       EXPECT_TRUE(std::equal(lsb.begin(), lsb.begin() + width, msb.rbegin() + 1));
-      if (width >= 1 && width <= 31) {
-        std::vector<int> ref(width);
-        hex2binary_rev(static_cast<int>(v), ref.data(), width);
-        EXPECT_TRUE(std::equal(ref.begin(), ref.end(), msb.begin())) << width;
+      if (width >= 1 && width <= 31) {  // the int-per-bit helpers: _rev is most significant bit first
+        std::vector<int> rev(width), fwd(width);
+        hex2binary_rev(static_cast<int>(v), rev.data(), width);
+        hex2binary(static_cast<int>(v), fwd.data(), width);
+        EXPECT_TRUE(std::equal(rev.begin(), rev.end(), msb.begin()) && std::equal(fwd.begin(), fwd.end(), lsb.begin()));
+        EXPECT_EQ(std::make_pair(binary2hex_rev(rev.data(), width), binary2hex(fwd.data(), width)),
+                  std::make_pair(static_cast<int>(v), static_cast<int>(v))) << width;
       }
     }
   }
@@ -127,18 +128,4 @@ TEST(Combinatorics, RankAndUnrankAreInverseBijectionsInColexOrder) {
   EXPECT_THROW(SubsetIndexer(200, 100), std::overflow_error);
   for (const auto& [n, k] : {std::pair{5, 6}, {5, -1}, {-1, 0}})
     EXPECT_THROW(SubsetIndexer(n, k), std::invalid_argument) << n << " choose " << k;
-}
-
-TEST(Selection, SmallestKMatchesAStableFullSort) {
-  std::mt19937 rng(5);
-  for (size_t n : {size_t{0}, size_t{1}, size_t{10}, size_t{1000}})
-    for (size_t k : {size_t{0}, size_t{1}, size_t{7}, size_t{2000}}) {
-      std::vector<int> v(n);
-      for (auto& x : v) x = static_cast<int>(rng() % 50);  // many ties
-      std::vector<size_t> order(n);
-      std::iota(order.begin(), order.end(), size_t{0});
-      std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return v[a] < v[b]; });
-      order.resize(std::min(k, n));
-      EXPECT_EQ(smallestK(v, k), order) << n << " " << k;
-    }
 }
