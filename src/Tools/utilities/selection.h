@@ -42,49 +42,35 @@ namespace selection_detail {
 
 constexpr size_t kSample = 256, kBlock = 16;
 
-// Order-preserving integer keys of IEEE values.
-inline uint32_t orderKey(float v) {
-  uint32_t bits;
+// Order-preserving integer key of an IEEE value.
+template <typename T>
+auto orderKey(T v) {
+  using U = std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>;
+  constexpr U kSign = U{1} << (8 * sizeof(U) - 1);
+  U bits;
   std::memcpy(&bits, &v, sizeof bits);
-  bits = bits == 0x80000000u ? 0u : bits;
-  return (bits & 0x80000000u) ? ~bits : (bits | 0x80000000u);
-}
-
-inline uint64_t orderKey(double v) {
-  constexpr uint64_t kSign = uint64_t{1} << 63;
-  uint64_t bits;
-  std::memcpy(&bits, &v, sizeof bits);
-  bits = bits == kSign ? 0u : bits;
-  return (bits & kSign) ? ~bits : (bits | kSign);
+  bits = bits == kSign ? U{0} : bits;
+  return (bits & kSign) ? static_cast<U>(~bits) : static_cast<U>(bits | kSign);
 }
 
 // Bit j set when v[j] <= threshold, j < 16.
-inline uint32_t notAboveMask(const float* v, float threshold) {
+template <typename T>
+uint32_t notAboveMask(const T* v, T threshold) {
+  uint32_t mask = 0;
 #ifdef __SSE2__
-  const __m128 t = _mm_set1_ps(threshold);
-  uint32_t mask = 0;
-  for (int q = 0; q < 4; ++q)
-    mask |= static_cast<uint32_t>(_mm_movemask_ps(_mm_cmple_ps(_mm_loadu_ps(v + 4 * q), t))) << (4 * q);
-  return mask;
+  if constexpr (std::is_same_v<T, float>) {
+    const __m128 t = _mm_set1_ps(threshold);
+    for (int q = 0; q < 4; ++q)
+      mask |= static_cast<uint32_t>(_mm_movemask_ps(_mm_cmple_ps(_mm_loadu_ps(v + 4 * q), t))) << (4 * q);
+  } else {
+    const __m128d t = _mm_set1_pd(threshold);
+    for (int q = 0; q < 8; ++q)
+      mask |= static_cast<uint32_t>(_mm_movemask_pd(_mm_cmple_pd(_mm_loadu_pd(v + 2 * q), t))) << (2 * q);
+  }
 #else
-  uint32_t mask = 0;
   for (uint32_t j = 0; j < kBlock; ++j) mask |= static_cast<uint32_t>(v[j] <= threshold) << j;
-  return mask;
 #endif
-}
-
-inline uint32_t notAboveMask(const double* v, double threshold) {
-#ifdef __SSE2__
-  const __m128d t = _mm_set1_pd(threshold);
-  uint32_t mask = 0;
-  for (int q = 0; q < 8; ++q)
-    mask |= static_cast<uint32_t>(_mm_movemask_pd(_mm_cmple_pd(_mm_loadu_pd(v + 2 * q), t))) << (2 * q);
   return mask;
-#else
-  uint32_t mask = 0;
-  for (uint32_t j = 0; j < kBlock; ++j) mask |= static_cast<uint32_t>(v[j] <= threshold) << j;
-  return mask;
-#endif
 }
 
 template <typename T>
