@@ -14,13 +14,15 @@
 
 #include "bch/fieldTables.h"
 
-BerlekampMassey::BerlekampMassey(const FieldTables& f, int t_)
+BerlekampMassey::BerlekampMassey(const FieldTables& f, int t_, KernelLevel level)
     : field(f),
       t(t_),
       B0(2 * static_cast<size_t>(t_) + 2, 0),
       nextB0(2 * static_cast<size_t>(t_) + 2, 0),
       syndromeLogs(2 * static_cast<size_t>(t_) + 2, 0),
-      lambdaLogs(2 * static_cast<size_t>(t_) + 2, 0) {}
+      lambdaLogs(2 * static_cast<size_t>(t_) + 2, 0) {
+  if (ClmulMassey::supports(f, t_, level)) vectorIteration = std::make_unique<ClmulMassey>(f, t_);
+}
 
 void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda, bool squaredSyndromes) {
   const int zeroLog = field.logZero(), order = field.order();
@@ -29,6 +31,10 @@ void BerlekampMassey::locator(const uint16_t* S, int tLimit, uint16_t* Lambda, b
   const int tUse = (tLimit == -1 || tLimit > t) ? t : tLimit;
   const int top = 2 * tUse;  // steps, and the highest coefficient the iteration touches
   if (top <= 0) return;
+  if (vectorIteration) {
+    vectorIteration->locator(S, top, Lambda, squaredSyndromes);
+    return;
+  }
   for (int j = 0; j < top; ++j) syndromeLogs[j] = field.log(S[j]);
   lambdaLogs[0] = 0;
   B0[0] = 0;

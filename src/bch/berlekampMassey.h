@@ -20,16 +20,23 @@
 // Coding, sec. 6.2). Such a step leaves Lambda unchanged and only shifts B,
 // so with squaredSyndromes set those steps skip the discrepancy and give the
 // same locator.
+//
+// At KernelLevel::VectorClmul the iteration runs on carry-less products
+// (ClmulMassey), with the same result.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
+
+#include "bch/clmulMassey.h"
+#include "bch/kernelLevel.h"
 
 class FieldTables;
 
 class BerlekampMassey {
  public:
-  BerlekampMassey(const FieldTables& field, int t);
+  BerlekampMassey(const FieldTables& field, int t, KernelLevel level = KernelLevel::Scalar);
 
   // S: the syndromes in polynomial basis (only S[0..2t'-1] are read);
   // Lambda: 2t+1 coefficients, written in full. tLimit as BCH::BMA.
@@ -41,4 +48,5 @@ class BerlekampMassey {
   int t;
   std::vector<int32_t> B0, nextB0;  // logarithms of B0's coefficients
   std::vector<int32_t> syndromeLogs, lambdaLogs;
+  std::unique_ptr<ClmulMassey> vectorIteration;  // set when the level supports it
 };

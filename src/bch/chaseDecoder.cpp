@@ -17,7 +17,7 @@ ChaseDecoder::ChaseDecoder(BchEngine& engine_, int b_, Options options_)
       t(engine_.correctionPower()),
       b(b_),
       options(options_),
-      massey(*engine_.sharedField(), t),
+      massey(*engine_.sharedField(), t, engine_.sharedDivider()->kernelLevel()),
       finder(*engine_.sharedField(), t, engine_.sharedDivider()->kernelLevel()),
       flipTerms(static_cast<size_t>(kMaxPositions) * 2 * t),
       base(2 * static_cast<size_t>(t)),
