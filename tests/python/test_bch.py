@@ -91,8 +91,10 @@ def test_batch_decoding_releases_the_gil():
     # decode_batch call. Holding the GIL, the call would leave the main
     # thread no samples in the middle third of it (a switch just before the
     # call gives at most one 5 ms switch interval, and the call takes longer).
-    # The batch is repeated until one call on one thread lasts 150 ms, so the
-    # test holds on fast and slow machines alike.
+    # The batch is repeated until one call on one thread lasts 600 ms, so the
+    # test holds on fast and slow machines alike, and a few samples in the
+    # middle 200 ms suffice: on a machine so loaded that the main thread gets
+    # no processor for that long, it fails rather than passing wrongly.
     code = q.BCH(8192, 40)
     _, parity, noisy = _noisy_batch(code, 500, seed=9)
     while True:
@@ -111,11 +113,11 @@ def test_batch_decoding_releases_the_gil():
             samples.append(time.perf_counter())
         thread.join()
         start, end = span
-        if end - start > 0.15:
+        if end - start > 0.6:
             break
         noisy, parity = np.tile(noisy, (2, 1)), np.tile(parity, (2, 1))
     third = (end - start) / 3
-    assert sum(start + third < s < end - third for s in samples) > 10
+    assert sum(start + third < s < end - third for s in samples) >= 3
 
 
 BAD = [
