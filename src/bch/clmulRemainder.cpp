@@ -164,6 +164,32 @@ __attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldWide(cons
   }
 }
 
+// The next K message words for a wide step, 8 at a time with 512-bit
+// loads: word c of a group is the 64 bits from bit `first` + 64 c,
+// big-endian, that is two byte-swapped qwords a byte apart shifted
+// together; bytes past the message are masked off, never read. The words
+// go to a in reverse (a[K-1] is the first, highest-degree one), added to
+// the previous step's sum (zero above word W).
+__attribute__((target("avx512f,avx512bw"))) inline __m512i loadSwapped(const uint8_t* message, size_t bytes, size_t at,
+                                                                      __m512i swapBytes) {
+  const __mmask64 valid = at >= bytes ? 0 : bytes - at >= 64 ? ~__mmask64{0} : (__mmask64{1} << (bytes - at)) - 1;
+  return _mm512_shuffle_epi8(_mm512_maskz_loadu_epi8(valid, message + (at < bytes ? at : 0)), swapBytes);
+}
+
+__attribute__((target("avx512f,avx512bw"))) void takeWords(const uint8_t* message, size_t bytes, size_t first, int K,
+                                                          const uint64_t* sum, uint64_t* a) {
+  const __m512i swapBytes = _mm512_set4_epi32(0x08090a0b, 0x0c0d0e0f, 0x00010203, 0x04050607);
+  const __m512i reverse = _mm512_set_epi64(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m128i up = _mm_cvtsi32_si128(static_cast<int>(first % 8)), down = _mm_cvtsi32_si128(64 - static_cast<int>(first % 8));
+  for (int g = 0; g < K / 8; ++g) {
+    const size_t at = first / 8 + 64 * static_cast<size_t>(g);
+    const __m512i words = _mm512_or_si512(_mm512_maskz_sll_epi64(0xff, loadSwapped(message, bytes, at, swapBytes), up),
+                                          _mm512_maskz_srl_epi64(0xff, loadSwapped(message, bytes, at + 8, swapBytes), down));
+    uint64_t* to = a + K - 8 - 8 * g;
+    _mm512_storeu_si512(to, _mm512_xor_si512(_mm512_loadu_si512(sum + (to - a)), _mm512_maskz_permutexvar_epi64(0xff, reverse, words)));
+  }
+}
+
 template <int... I>
 constexpr std::array<ClmulRemainder::WideKernel, sizeof...(I)> wideKernels(std::integer_sequence<int, I...>) {
   return {&foldWide<I / 8, I % 8>...};
@@ -312,12 +338,17 @@ void ClmulRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint6
     // Leading zero words make the count a multiple of K.
     const size_t zeros = (K - words % K) % K;
     for (size_t q = zeros; q < static_cast<size_t>(K); ++q) a[K - 1 - q] = reader.word(q - zeros);
+    // Message word i > 0 starts at bit bits - 64 (words - i).
+    std::fill(s + W + 1, s + K, 0);
     for (size_t i = K - zeros; i < words; i += K) {
       step(stepConstants.data(), stepMain.data(), stepTail.data());
-      for (int q = 0; q < K; ++q) {
-        const int j = K - 1 - q;
-        a[j] = (j <= W ? s[j] : 0) ^ reader.word(i + q);
+#ifdef QFB_HAVE_CLMUL
+      if (wide != nullptr) {
+        takeWords(message, packedbits::bytesFor(bits), bits - 64 * (words - i), K, s, a);
+        continue;
       }
+#endif
+      for (int q = 0; q < K; ++q) a[K - 1 - q] = s[K - 1 - q] ^ reader.word(i + q);
     }
   }
   step(finalConstants.data(), finalMain.data(), finalTail.data());
