@@ -337,9 +337,20 @@ void ClmulRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint6
     const WordReader reader(message, bits, bits - 64 * (words - 1));
     // Leading zero words make the count a multiple of K.
     const size_t zeros = (K - words % K) % K;
-    for (size_t q = zeros; q < static_cast<size_t>(K); ++q) a[K - 1 - q] = reader.word(q - zeros);
-    // Message word i > 0 starts at bit bits - 64 (words - i).
+    // Message word i starts at bit bits - 64 (words - i) (before the
+    // message when that is negative: the head and the zeros).
     std::fill(s + W + 1, s + K, 0);
+    for (size_t q = 0; q < static_cast<size_t>(K); q += 8) {
+#ifdef QFB_HAVE_CLMUL
+      if (wide != nullptr && q >= zeros && bits >= 64 * (words + zeros - q)) {
+        const uint64_t none[8] = {};
+        takeWords(message, packedbits::bytesFor(bits), bits - 64 * (words + zeros - q), 8, none, a + K - 8 - q);
+        continue;
+      }
+#endif
+      for (size_t w = q; w < q + 8 && w < static_cast<size_t>(K); ++w)
+        if (w >= zeros) a[K - 1 - w] = reader.word(w - zeros);
+    }
     for (size_t i = K - zeros; i < words; i += K) {
       step(stepConstants.data(), stepMain.data(), stepTail.data());
 #ifdef QFB_HAVE_CLMUL
