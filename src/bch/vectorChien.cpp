@@ -195,9 +195,9 @@ bool VectorChien::lastTwoRoots(const uint16_t* lambda, int d, int n, int* positi
   const int order = field.order();
   uint16_t e1 = 0, e2 = 0;
   for (int k = 0; k < d - 2; ++k) {
-    const uint16_t root = field.exp((order - positions[k]) % order);
-    e2 ^= field.mul(root, e1);
-    e1 ^= root;
+    const int logRoot = order - positions[k];  // in 1..order: positions are below the order
+    e2 ^= field.mulByLog(e1, logRoot);
+    e1 ^= field.exp(logRoot);
   }
   const uint16_t inverseLead = field.inverse(lambda[d]);
   const uint16_t s = field.mul(lambda[d - 1], inverseLead) ^ e1;
