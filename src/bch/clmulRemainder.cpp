@@ -97,6 +97,104 @@ __attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldZmm(const
   }
 }
 
+// 512-bit registers, W = 8 NV + T words, K a multiple of 8: the first 8 NV
+// words of every constant as in foldZmm (a_j broadcast, four products per
+// instruction), and the T words beyond them transposed, so that they waste
+// no lanes: for eight consecutive j, qword q of a register holds word
+// 8 NV + u of C_(j+q), and a's own eight words are the other operand. The
+// lanes then hold products that land on the same two words; they are added
+// across lanes once per step. That costs 2T instructions per eight j where
+// whole registers would cost 16, so a step takes K W / 4 products' worth of
+// instructions plus the padding of W to 8 NV + T, none.
+template <int NV, int T>
+__attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldWide(const uint64_t* a, const uint64_t* mainC,
+                                                                            const uint64_t* tailC, int groups,
+                                                                            uint64_t* out) {
+  constexpr int kMain = NV > 0 ? NV : 1, kTail = T > 0 ? T : 1;
+  __m512i even[kMain], odd[kMain], across[kTail];
+  #pragma GCC unroll 8
+  for (int v = 0; v < kMain; ++v) even[v] = odd[v] = _mm512_setzero_si512();
+  #pragma GCC unroll 8
+  for (int u = 0; u < kTail; ++u) across[u] = _mm512_setzero_si512();
+  for (int g = 0; g < groups; ++g) {
+    if constexpr (T > 0) {
+      const __m512i words = _mm512_loadu_si512(a + 8 * g);
+      #pragma GCC unroll 8
+      for (int u = 0; u < T; ++u) {
+        const __m512i cv = _mm512_loadu_si512(tailC + 8 * (static_cast<size_t>(g) * T + u));
+        across[u] = _mm512_ternarylogic_epi64(across[u], _mm512_clmulepi64_epi128(words, cv, 0x00),
+                                              _mm512_clmulepi64_epi128(words, cv, 0x11), 0x96);
+      }
+    }
+    if constexpr (NV > 0) {
+      #pragma GCC unroll 8
+      for (int q = 0; q < 8; ++q) {
+        const int j = 8 * g + q;
+        const __m512i x = _mm512_set1_epi64(static_cast<long long>(a[j]));
+        const uint64_t* cj = mainC + static_cast<size_t>(j) * 8 * NV;
+        #pragma GCC unroll 8
+        for (int v = 0; v < NV; ++v) {
+          const __m512i cv = _mm512_loadu_si512(cj + 8 * v);
+          even[v] = _mm512_xor_si512(even[v], _mm512_clmulepi64_epi128(x, cv, 0x00));
+          odd[v] = _mm512_xor_si512(odd[v], _mm512_clmulepi64_epi128(x, cv, 0x10));
+        }
+      }
+    }
+  }
+  if constexpr (NV > 0) {
+    __m512i below = _mm512_setzero_si512();
+    #pragma GCC unroll 8
+    for (int v = 0; v < NV; ++v) {
+      const __m512i shifted = _mm512_maskz_alignr_epi64(0xff, odd[v], below, 7);
+      _mm512_storeu_si512(out + 8 * v, _mm512_xor_si512(even[v], shifted));
+      below = odd[v];
+    }
+    out[8 * NV] = static_cast<uint64_t>(_mm_extract_epi64(_mm512_maskz_extracti32x4_epi32(0xf, below, 3), 1));
+  } else {
+    out[0] = 0;
+  }
+  if constexpr (T > 0) {
+    #pragma GCC unroll 8
+    for (int u = 0; u < T; ++u) {
+      const __m256i half = _mm256_xor_si256(_mm512_maskz_extracti64x4_epi64(0xf, across[u], 0), _mm512_maskz_extracti64x4_epi64(0xf, across[u], 1));
+      const __m128i sum = _mm_xor_si128(_mm256_castsi256_si128(half), _mm256_extracti128_si256(half, 1));
+      out[8 * NV + u] ^= static_cast<uint64_t>(_mm_cvtsi128_si64(sum));
+      out[8 * NV + u + 1] = static_cast<uint64_t>(_mm_extract_epi64(sum, 1));
+    }
+  }
+}
+
+// The next K message words for a wide step, 8 at a time with 512-bit
+// loads: word c of a group is the 64 bits from bit `first` + 64 c,
+// big-endian, that is two byte-swapped qwords a byte apart shifted
+// together; bytes past the message are masked off, never read. The words
+// go to a in reverse (a[K-1] is the first, highest-degree one), added to
+// the previous step's sum (zero above word W).
+__attribute__((target("avx512f,avx512bw"))) inline __m512i loadSwapped(const uint8_t* message, size_t bytes, size_t at,
+                                                                      __m512i swapBytes) {
+  const __mmask64 valid = at >= bytes ? 0 : bytes - at >= 64 ? ~__mmask64{0} : (__mmask64{1} << (bytes - at)) - 1;
+  return _mm512_shuffle_epi8(_mm512_maskz_loadu_epi8(valid, message + (at < bytes ? at : 0)), swapBytes);
+}
+
+__attribute__((target("avx512f,avx512bw"))) void takeWords(const uint8_t* message, size_t bytes, size_t first, int K,
+                                                          const uint64_t* sum, uint64_t* a) {
+  const __m512i swapBytes = _mm512_set4_epi32(0x08090a0b, 0x0c0d0e0f, 0x00010203, 0x04050607);
+  const __m512i reverse = _mm512_set_epi64(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m128i up = _mm_cvtsi32_si128(static_cast<int>(first % 8)), down = _mm_cvtsi32_si128(64 - static_cast<int>(first % 8));
+  for (int g = 0; g < K / 8; ++g) {
+    const size_t at = first / 8 + 64 * static_cast<size_t>(g);
+    const __m512i words = _mm512_or_si512(_mm512_maskz_sll_epi64(0xff, loadSwapped(message, bytes, at, swapBytes), up),
+                                          _mm512_maskz_srl_epi64(0xff, loadSwapped(message, bytes, at + 8, swapBytes), down));
+    uint64_t* to = a + K - 8 - 8 * g;
+    _mm512_storeu_si512(to, _mm512_xor_si512(_mm512_loadu_si512(sum + (to - a)), _mm512_maskz_permutexvar_epi64(0xff, reverse, words)));
+  }
+}
+
+template <int... I>
+constexpr std::array<ClmulRemainder::WideKernel, sizeof...(I)> wideKernels(std::integer_sequence<int, I...>) {
+  return {&foldWide<I / 8, I % 8>...};
+}
+
 template <int... I>
 constexpr std::array<ClmulRemainder::FoldKernel, sizeof...(I)> xmmKernels(std::integer_sequence<int, I...>) {
   return {&foldXmm<I + 1>...};
@@ -153,7 +251,7 @@ bool ClmulRemainder::supports(KernelLevel level, int r) {
 }
 
 ClmulRemainder::ClmulRemainder(const int* generator, int r, KernelLevel level)
-    : W((r + 63) / 64), K(W + 1), stride(0), fold(nullptr) {
+    : W((r + 63) / 64), K(W + 1), stride(0), fold(nullptr), wide(nullptr) {
   const int lane = laneWords(level);
   // A last 512-bit register that would hold one word of W gives way to a
   // 128-bit one (foldZmm's HALF).
@@ -163,23 +261,28 @@ ClmulRemainder::ClmulRemainder(const int* generator, int r, KernelLevel level)
   static constexpr auto xmm = xmmKernels(std::make_integer_sequence<int, kMaxWords / 2>());
   static constexpr auto zmm = zmmKernels(std::make_integer_sequence<int, kMaxWords / 8>());
   static constexpr auto zmmHalf = zmmHalfKernels(std::make_integer_sequence<int, kMaxWords / 8 - 1>());
-  if (level != KernelLevel::VectorClmul) fold = xmm[stride / 2 - 1];
-  else fold = half ? zmmHalf[W / 8 - 1] : zmm[stride / 8 - 1];
+  static constexpr auto wideSteps = wideKernels(std::make_integer_sequence<int, kMaxWords + 1>());
+  if (level != KernelLevel::VectorClmul) {
+    fold = xmm[stride / 2 - 1];
+  } else {
+    fold = half ? zmmHalf[W / 8 - 1] : zmm[stride / 8 - 1];
+    wide = wideSteps[W];
+    K = (W + 8) / 8 * 8;
+  }
 #endif
   const int pad = 64 * W - r;
   // g' - x^rho, padded to the stride like every kernel operand.
   lowGenerator.assign(stride, 0);
   for (int d = 0; d < r; ++d)
     if (generator[d] & 1) lowGenerator[(d + pad) / 64] |= uint64_t{1} << ((d + pad) % 64);
-  // x^(64s) mod g' for s = W .. 2W+1, by repeated multiplication by x.
-  stepConstants.assign(static_cast<size_t>(K) * stride, 0);
-  finalConstants.assign(static_cast<size_t>(K) * stride, 0);
+  // C_j = x^(64(K+j)) mod g' and F_j = x^(64(W+j)) mod g', j < K, by
+  // repeated multiplication by x.
+  std::vector<uint64_t> steps(static_cast<size_t>(K) * W), finals(static_cast<size_t>(K) * W);
   std::vector<uint64_t> p(W, 0);
   p[0] = 1;
-  for (int s = 0; s <= 2 * W + 1; ++s) {
-    if (s >= K) std::copy(p.begin(), p.end(), stepConstants.begin() + static_cast<ptrdiff_t>(s - K) * stride);
-    if (s >= W && s < W + K)
-      std::copy(p.begin(), p.end(), finalConstants.begin() + static_cast<ptrdiff_t>(s - W) * stride);
+  for (int s = 0; s < 2 * K || s < W + K; ++s) {
+    if (s >= K && s < 2 * K) std::copy(p.begin(), p.end(), steps.begin() + static_cast<ptrdiff_t>(s - K) * W);
+    if (s >= W && s < W + K) std::copy(p.begin(), p.end(), finals.begin() + static_cast<ptrdiff_t>(s - W) * W);
     for (int e = 0; e < 64; ++e) {
       const bool carry = (p[W - 1] >> 63) != 0;
       for (int w = W - 1; w > 0; --w) p[w] = (p[w] << 1) | (p[w - 1] >> 63);
@@ -187,6 +290,16 @@ ClmulRemainder::ClmulRemainder(const int* generator, int r, KernelLevel level)
       if (carry)
         for (int w = 0; w < W; ++w) p[w] ^= lowGenerator[w];
     }
+  }
+  stepConstants.assign(static_cast<size_t>(K) * stride, 0);
+  finalConstants.assign(static_cast<size_t>(K) * stride, 0);
+  for (int j = 0; j < K; ++j) {
+    std::copy_n(steps.begin() + static_cast<ptrdiff_t>(j) * W, W, stepConstants.begin() + static_cast<ptrdiff_t>(j) * stride);
+    std::copy_n(finals.begin() + static_cast<ptrdiff_t>(j) * W, W, finalConstants.begin() + static_cast<ptrdiff_t>(j) * stride);
+  }
+  if (wide != nullptr) {
+    splitForWide(steps, stepMain, stepTail);
+    splitForWide(finals, finalMain, finalTail);
   }
   // mu = floor(x^(r+64) / g) by long division; its x^64 term is implicit.
   muLow.assign(stride, 0);
@@ -199,20 +312,57 @@ ClmulRemainder::ClmulRemainder(const int* generator, int r, KernelLevel level)
     }
 }
 
+void ClmulRemainder::splitForWide(const std::vector<uint64_t>& constants, std::vector<uint64_t>& mainPart,
+                                  std::vector<uint64_t>& tailPart) const {
+  const int full = W / 8 * 8, tail = W % 8;
+  mainPart.assign(static_cast<size_t>(K) * full, 0);
+  tailPart.assign(static_cast<size_t>(K) * tail, 0);
+  for (int j = 0; j < K; ++j) {
+    const uint64_t* c = &constants[static_cast<size_t>(j) * W];
+    std::copy_n(c, full, mainPart.begin() + static_cast<ptrdiff_t>(j) * full);
+    // Group j / 8, tail word u, qword j % 8.
+    for (int u = 0; u < tail; ++u) tailPart[8 * (static_cast<size_t>(j / 8) * tail + u) + j % 8] = c[full + u];
+  }
+}
+
 void ClmulRemainder::shiftedRemainder(const uint8_t* message, size_t bits, uint64_t* rem) const {
-  uint64_t a[kMaxWords + 2] = {}, s[kMaxWords + 2];
+  constexpr int kMaxK = kMaxWords + 8;
+  uint64_t a[kMaxK] = {}, s[kMaxK];
   const size_t words = (bits + 63) / 64;
+  auto step = [&](const uint64_t* constants, const uint64_t* mainC, const uint64_t* tailC) {
+    if (wide != nullptr) wide(a, mainC, tailC, K / 8, s);
+    else fold(a, constants, K, s);
+  };
   if (words > 0) {
     const WordReader reader(message, bits, bits - 64 * (words - 1));
-    size_t first = words % K;
-    if (first == 0) first = K;
-    for (size_t q = 0; q < first; ++q) a[first - 1 - q] = reader.word(q);
-    for (size_t i = first; i < words; i += K) {
-      fold(a, stepConstants.data(), K, s);
+    // Leading zero words make the count a multiple of K.
+    const size_t zeros = (K - words % K) % K;
+    // Message word i starts at bit bits - 64 (words - i) (before the
+    // message when that is negative: the head and the zeros).
+    std::fill(s + W + 1, s + K, 0);
+    for (size_t q = 0; q < static_cast<size_t>(K); q += 8) {
+#ifdef QFB_HAVE_CLMUL
+      if (wide != nullptr && q >= zeros && bits >= 64 * (words + zeros - q)) {
+        const uint64_t none[8] = {};
+        takeWords(message, packedbits::bytesFor(bits), bits - 64 * (words + zeros - q), 8, none, a + K - 8 - q);
+        continue;
+      }
+#endif
+      for (size_t w = q; w < q + 8 && w < static_cast<size_t>(K); ++w)
+        if (w >= zeros) a[K - 1 - w] = reader.word(w - zeros);
+    }
+    for (size_t i = K - zeros; i < words; i += K) {
+      step(stepConstants.data(), stepMain.data(), stepTail.data());
+#ifdef QFB_HAVE_CLMUL
+      if (wide != nullptr) {
+        takeWords(message, packedbits::bytesFor(bits), bits - 64 * (words - i), K, s, a);
+        continue;
+      }
+#endif
       for (int q = 0; q < K; ++q) a[K - 1 - q] = s[K - 1 - q] ^ reader.word(i + q);
     }
   }
-  fold(a, finalConstants.data(), K, s);
+  step(finalConstants.data(), finalMain.data(), finalTail.data());
   // Barrett: q from the word above x^rho, then s += low W words of q (g' - x^rho).
   uint64_t product[kMaxWords + 2];
   fold(&s[W], muLow.data(), 1, product);

@@ -15,8 +15,12 @@
 //   where A_j is the word of A at degree 64j; each A_j C_j (64 x rho bits,
 //   W carry-less products) has degree < 64 + rho = 64K, so A keeps K words.
 //   The K*W products of a step are independent: only the steps form a chain.
-//   The first block takes N mod K words (K when that is 0), so every later
-//   step is a whole one.
+//   The message is read as if it had leading zero words up to a multiple
+//   of K (they change no remainder), so every step is a whole one. With
+//   512-bit registers K is W+1 rounded up to a multiple of 8, which the
+//   transposed layout of foldWide needs; a longer step also leaves fewer
+//   steps, whose chain (every product of a step waits for the previous
+//   step's sum) is what the processor cannot overlap.
 // - finally x^rho A = sum_j A_j F_j with F_j = x^(rho+64j) mod g' leaves one
 //   word H above x^rho, reduced by Barrett's method:
 //     H x^rho mod g' = low rho bits of q (g' - x^rho),
@@ -52,12 +56,22 @@ class ClmulRemainder {
   // One step's products: out[0..K) = sum_j a[j] * c_j for K constants of
   // stride() words each (words low first).
   using FoldKernel = void (*)(const uint64_t* a, const uint64_t* constants, int K, uint64_t* out);
+  // The 512-bit step: out[0..W] = sum_j a[j] * c_j over 8 `groups` of j, the
+  // constants split into their first 8 (W / 8) words and the transposed rest.
+  using WideKernel = void (*)(const uint64_t* a, const uint64_t* mainConstants, const uint64_t* tailConstants,
+                              int groups, uint64_t* out);
 
  private:
+  // The wide step's constants for a table of K W-word constants.
+  void splitForWide(const std::vector<uint64_t>& constants, std::vector<uint64_t>& mainPart,
+                    std::vector<uint64_t>& tailPart) const;
+
   int W, K;
   int stride;  // W padded to the kernel's register width
   FoldKernel fold;
+  WideKernel wide;  // VectorClmul only; then K is a multiple of 8
   std::vector<uint64_t> stepConstants, finalConstants;  // C_j, F_j: K x stride words
+  std::vector<uint64_t> stepMain, stepTail, finalMain, finalTail;  // the same, split for `wide`
   std::vector<uint64_t> lowGenerator;                     // g' - x^rho, W words
   std::vector<uint64_t> muLow;                            // mu - x^64, padded
 };

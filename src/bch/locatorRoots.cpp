@@ -202,7 +202,7 @@ bool LocatorRoots::find(const uint16_t* lambda, int degree, int n, int* position
   if (d < 1 || lambda[0] == 0) return false;
   if (search && d <= t && n < searchBelowLength[d]) {
     if (splitTest && !splitTest->splits(lambda, d)) return false;
-    return search->find(lambda, d, n, positions);
+    return search->find(lambda, d, n, positions, splitTest && splitTest->tests(d));
   }
   const uint16_t inv = field.inverse(lambda[d]);
   for (int i = 0; i <= d; ++i) monic[i] = field.mul(lambda[i], inv);

@@ -149,6 +149,15 @@ SplitCheck::SplitCheck(const FieldTables& f, int t_)
     if ((rho >> b) & 1) rhoBits.push_back(b);
 }
 
+bool SplitCheck::tests(int d) const {
+#ifdef QFB_HAVE_VPCLMUL
+  return d >= 1 && (d + 15) / 16 <= registers;
+#else
+  (void)d;
+  return false;
+#endif
+}
+
 bool SplitCheck::splits(const uint16_t* lambda, int d) {
   if (d <= 1) return true;
 #ifdef QFB_HAVE_VPCLMUL

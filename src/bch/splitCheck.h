@@ -38,8 +38,11 @@ class SplitCheck {
   SplitCheck(const FieldTables& field, int t);
 
   // lambda: d+1 coefficients in polynomial basis, lambda[d] != 0,
-  // 1 <= d <= t. True when Lambda has d distinct roots in GF(2^m).
+  // 1 <= d <= t. True when Lambda has d distinct roots in GF(2^m), or
+  // when d is beyond the degrees tested (see tests()).
   bool splits(const uint16_t* lambda, int d);
+  // Whether splits() decides degree d rather than saying yes.
+  bool tests(int d) const;
 
  private:
   const FieldTables& field;

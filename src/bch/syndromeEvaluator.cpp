@@ -46,7 +46,7 @@ __attribute__((target("pclmul,sse4.1"))) inline __m128i clmul(uint64_t a, uint64
 SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t, int r, KernelLevel level) : field(f) {
   const int m = field.m(), order = field.order();
   std::map<int, int> cosetByLeader;
-  powers.assign(static_cast<size_t>(2 * t) * m, 0);
+  nibbleSums.assign(static_cast<size_t>(2 * t) * 64, 0);
   for (int j = 0; j < 2 * t; ++j) {
     const int e = (b + j) % order;
     // A coset is named by its least member.
@@ -77,8 +77,12 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t, int r, 
     }
     cosetOfSyndrome.push_back(found->second);
     squareOf.push_back(e % 2 == 0 && e / 2 >= b && e / 2 - b < j ? e / 2 - b : -1);
-    for (int i = 0; i < m; ++i)
-      powers[static_cast<size_t>(j) * m + i] = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
+    uint16_t* sums = &nibbleSums[static_cast<size_t>(j) * 64];
+    for (int i = 0; i < m; ++i) {
+      const uint16_t power = field.exp(static_cast<int>((static_cast<int64_t>(e) * i) % order));
+      for (int v = 0; v < 16; ++v)
+        if ((v >> (i % 4)) & 1) sums[16 * (i / 4) + v] ^= power;
+    }
   }
   residues.assign(cosets.size(), 0);
 #ifdef QFB_HAVE_CLMUL
@@ -107,6 +111,21 @@ SyndromeEvaluator::SyndromeEvaluator(const FieldTables& f, int b, int t, int r, 
       }
     }
   }
+  vector = level == KernelLevel::VectorClmul && detectedKernelLevel() == KernelLevel::VectorClmul;
+  if (!vector) return;
+  const size_t groups = (cosets.size() + 7) / 8, stride = static_cast<size_t>(words) + 5;
+  groupOperands.assign(groups * stride * 8, 0);
+  residues.assign(groups * 8, 0);
+  for (size_t c = 0; c < cosets.size(); ++c) {
+    const Coset& co = cosets[c];
+    uint64_t* g = &groupOperands[c / 8 * stride * 8 + c % 8];
+    for (int i = 0; i < words; ++i) g[8 * i] = co.wordFactors[i];
+    g[8 * words] = co.x64;
+    g[8 * (words + 1)] = co.mu;
+    g[8 * (words + 2)] = co.polynomial;
+    g[8 * (words + 3)] = static_cast<uint64_t>(co.degree);
+    g[8 * (words + 4)] = (uint64_t{1} << co.degree) - 1;
+  }
 }
 
 #ifdef QFB_HAVE_CLMUL
@@ -131,6 +150,52 @@ __attribute__((target("pclmul,sse4.1"))) void SyndromeEvaluator::clmulResidues(c
 }
 #else
 void SyndromeEvaluator::clmulResidues(const uint64_t*) const {}
+#endif
+
+#ifdef QFB_HAVE_CLMUL
+namespace {
+
+// Lane-wise 64 x 64-bit carry-less products of eight words: low halves, and
+// (with high) the high halves too.
+__attribute__((target("avx512f,avx512bw,vpclmulqdq"))) inline __m512i productLow(__m512i a, __m512i b) {
+  return _mm512_maskz_unpacklo_epi64(0xff, _mm512_clmulepi64_epi128(a, b, 0x00), _mm512_clmulepi64_epi128(a, b, 0x11));
+}
+__attribute__((target("avx512f,avx512bw,vpclmulqdq"))) inline __m512i productHigh(__m512i a, __m512i b) {
+  return _mm512_maskz_unpackhi_epi64(0xff, _mm512_clmulepi64_epi128(a, b, 0x00), _mm512_clmulepi64_epi128(a, b, 0x11));
+}
+
+}  // namespace
+
+__attribute__((target("avx512f,avx512bw,vpclmulqdq"))) void SyndromeEvaluator::vectorResidues(
+    const uint64_t* rem) const {
+  const size_t groups = (cosets.size() + 7) / 8, stride = static_cast<size_t>(words) + 5;
+  const __m512i sixtyFour = _mm512_set1_epi64(64);
+  for (size_t g = 0; g < groups; ++g) {
+    const uint64_t* op = &groupOperands[g * stride * 8];
+    // A = sum_i W_i K_i: even products in lanes' low words' cosets, odd in
+    // the high words'.
+    __m512i even = _mm512_setzero_si512(), odd = _mm512_setzero_si512();
+    for (int i = 0; i < words; ++i) {
+      const __m512i w = _mm512_set1_epi64(static_cast<long long>(rem[i]));
+      const __m512i k = _mm512_loadu_si512(op + 8 * i);
+      even = _mm512_xor_si512(even, _mm512_clmulepi64_epi128(w, k, 0x00));
+      odd = _mm512_xor_si512(odd, _mm512_clmulepi64_epi128(w, k, 0x10));
+    }
+    const __m512i low = _mm512_maskz_unpacklo_epi64(0xff, even, odd), high = _mm512_maskz_unpackhi_epi64(0xff, even, odd);
+    const __m512i x64 = _mm512_loadu_si512(op + 8 * words), mu = _mm512_loadu_si512(op + 8 * (words + 1));
+    const __m512i poly = _mm512_loadu_si512(op + 8 * (words + 2)), degree = _mm512_loadu_si512(op + 8 * (words + 3));
+    const __m512i mask = _mm512_loadu_si512(op + 8 * (words + 4));
+    const __m512i folded = _mm512_xor_si512(low, productLow(high, x64));
+    const __m512i above = _mm512_maskz_srlv_epi64(0xff, folded, degree);
+    const __m512i q = _mm512_ternarylogic_epi64(
+        above, _mm512_maskz_srlv_epi64(0xff, productLow(above, mu), _mm512_sub_epi64(sixtyFour, degree)),
+        _mm512_maskz_sllv_epi64(0xff, productHigh(above, mu), degree), 0x96);
+    const __m512i residue = _mm512_and_si512(_mm512_xor_si512(folded, productLow(q, poly)), mask);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(&residues[8 * g]), _mm512_maskz_cvtepi64_epi32(0xff, residue));
+  }
+}
+#else
+void SyndromeEvaluator::vectorResidues(const uint64_t*) const {}
 #endif
 
 uint32_t SyndromeEvaluator::reduce(const Coset& c, const uint64_t* rem, int r) const {
@@ -178,7 +243,9 @@ void SyndromeEvaluator::reduceFour(const Coset* c, const uint64_t* rem, int r, u
 }
 
 void SyndromeEvaluator::evaluate(const uint64_t* rem, int r, int* S) const {
-  if (carryless) {
+  if (vector) {
+    vectorResidues(rem);
+  } else if (carryless) {
     clmulResidues(rem);
   } else {
     reduceAll(rem, r);
@@ -202,19 +269,17 @@ void SyndromeEvaluator::reduceAll(const uint64_t* rem, int r) const {
 }
 
 void SyndromeEvaluator::evaluateResidues(int* S) const {
-  const int m = field.m();
   const int count = static_cast<int>(cosetOfSyndrome.size());
   const int order = field.order();
   for (int j = 0; j < count; ++j) {
     if (squareOf[j] >= 0) {
       const int half = S[squareOf[j]];
-      S[j] = half == order ? order : (2 * half) % order;
+      S[j] = half == order ? order : 2 * half >= order ? 2 * half - order : 2 * half;
       continue;
     }
-    uint32_t s = residues[cosetOfSyndrome[j]];
-    const uint16_t* pw = &powers[static_cast<size_t>(j) * m];
-    uint16_t value = 0;
-    for (int i = 0; i < m; ++i) value ^= static_cast<uint16_t>(pw[i] & (0u - ((s >> i) & 1u)));
+    const uint32_t s = residues[cosetOfSyndrome[j]];
+    const uint16_t* sums = &nibbleSums[static_cast<size_t>(j) * 64];
+    const uint16_t value = sums[s & 15] ^ sums[16 + ((s >> 4) & 15)] ^ sums[32 + ((s >> 8) & 15)] ^ sums[48 + ((s >> 12) & 15)];
     S[j] = field.toExponent(value);
   }
 }

@@ -6,7 +6,8 @@
 // minimal polynomial M of each root's cyclotomic coset (degree d <= m):
 // with s(x) = R(x) mod M(x), S_j = s(alpha^(b+j)) for every root of M. The
 // reduction runs a byte at a time with a 256-entry table per coset,
-// T[u] = u(x) x^d mod M; the evaluation sums at most m powers of alpha.
+// T[u] = u(x) x^d mod M; the evaluation sums at most m powers of alpha,
+// a nibble of the residue at a time from tables.
 // Only one root per coset needs that sum: over GF(2), c(beta^2) = c(beta)^2,
 // so a syndrome whose exponent b+j is twice that of an earlier one is the
 // earlier one squared, a doubling of its logarithm. For a narrow-sense code
@@ -24,6 +25,10 @@
 // Barrett step with mu = floor(x^64 / M) finishes:
 //   s = A' + q M (low d bits),   q = floor(floor(A' / x^d) mu / x^(64-d)).
 // That is W + 3 products per coset instead of r/8 dependent table steps.
+// With 512-bit registers eight cosets go side by side, one per word: a
+// remainder word is broadcast against eight factors (four products per
+// instruction), and the folding and the Barrett step run lane-wise, with
+// per-lane shifts for the cosets' degrees.
 #pragma once
 
 #include <cstdint>
@@ -55,6 +60,8 @@ class SyndromeEvaluator {
   };
   void reduceAll(const uint64_t* rem, int r) const;
   void clmulResidues(const uint64_t* rem) const;
+  // clmulResidues for eight cosets per 512-bit register (VectorClmul).
+  void vectorResidues(const uint64_t* rem) const;
   void evaluateResidues(int* S) const;
   uint32_t reduce(const Coset& c, const uint64_t* rem, int r) const;
   // reduce() for four cosets of degree >= 8 at once.
@@ -64,8 +71,15 @@ class SyndromeEvaluator {
   std::vector<Coset> cosets;
   std::vector<int> cosetOfSyndrome;
   std::vector<int> squareOf;  // per syndrome: the earlier one it is the square of, or -1
-  std::vector<uint16_t> powers;  // per syndrome j: alpha^(e_j * i), i = 0..m-1
+  // Per syndrome j, four tables of 16: entry v of table k is
+  // sum over the set bits b of v of alpha^(e_j (4k + b)), so a residue's
+  // value at alpha^(e_j) is four look-ups, one per nibble.
+  std::vector<uint16_t> nibbleSums;
   mutable std::vector<uint32_t> residues;
-  bool carryless = false;
+  bool carryless = false, vector = false;
   int words = 0;
+  // vectorResidues' operands, eight cosets per group (the last padded with
+  // zero factors): per group the W word factors, then x^64 mod M, mu,
+  // M, deg M and the mask of deg M bits, eight words each.
+  std::vector<uint64_t> groupOperands;
 };

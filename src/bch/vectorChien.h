@@ -15,7 +15,9 @@
 // Eight terms at a time stay in registers while they sweep 512 positions,
 // adding into the sums of those positions; then the next eight. After each
 // 512 positions the roots found so far are counted, and the search stops
-// at the d-th. A term's 64 starting values lambda_i alpha^(-il) take eight
+// at the d-th, or at the (d-2)-th when the roots are known to be distinct
+// (the last two then cost a quadratic, and the search is spared on
+// average 2n/(d+1) positions). A term's 64 starting values lambda_i alpha^(-il) take eight
 // table look-ups (l < 8) and four more affine steps, one matrix per qword.
 //
 // Only for KernelLevel::VectorClmul (AVX-512F/BW with GFNI); LocatorRoots,
@@ -35,10 +37,19 @@ class VectorChien {
   VectorChien(const FieldTables& field, int t);
 
   // lambda: d+1 coefficients in polynomial basis, lambda[d] != 0,
-  // 1 <= d <= t. As LocatorRoots::find.
-  bool find(const uint16_t* lambda, int d, int n, int* positions);
+  // 1 <= d <= t. As LocatorRoots::find. With distinctRoots the caller
+  // knows that Lambda has d distinct roots in the field (SplitCheck): the
+  // search then stops at the (d-2)-th root, and the last two come from a
+  // quadratic (lastTwoRoots).
+  bool find(const uint16_t* lambda, int d, int n, int* positions, bool distinctRoots = false);
 
  private:
+  // positions[0..d-3]: the roots found, ascending. Since Lambda is their
+  // product with a quadratic, the quadratic's coefficients follow from
+  // Lambda's top two and the found roots' symmetric functions; its roots
+  // are the remaining two, beyond the positions searched.
+  bool lastTwoRoots(const uint16_t* lambda, int d, int n, int* positions) const;
+
   const FieldTables& field;
   int t;
   // Per term i = 1..t (and 3 spare zero terms): the four blocks of

@@ -16,7 +16,9 @@
 #include "bch/bchEngine.h"
 #include "bch/clmulRemainder.h"
 #include "bch/kernelLevel.h"
+#include "bch/locatorRoots.h"
 #include "bch/packedBits.h"
+#include "bch/splitCheck.h"
 #include "bch_testutil.h"
 
 namespace {
@@ -166,6 +168,62 @@ TEST(BchKernels, LevelsAgreeOnBlocksThatOnceDisagreed) {
       }
       expectSameResults(e, word, parity);
     }
+}
+
+// Locators built from their factors: prod (1 + alpha^p x) over the positions
+// p (root alpha^-p), times x^2 + x + c with no root in the field when
+// `irreducible`. The split test must hold exactly when the roots are d
+// distinct field elements, whatever their positions; the root finder of
+// every level must accept exactly when they are also below n. Degrees
+// cross the 16-coefficient registers of the vector split test.
+TEST(BchKernels, SplitTestAndRootFinderOnLocatorsOfKnownRoots) {
+  const FieldTables& field = *field32768();
+  uint16_t noRoot = 1;
+  while (field.quadraticRoot(noRoot) >= 0) ++noRoot;
+  struct Case {
+    std::vector<int> positions;
+    bool irreducible, splits;
+  };
+  auto spread = [](int count, int first, int gap) {
+    std::vector<int> p(count);
+    for (int i = 0; i < count; ++i) p[i] = first + i * gap;
+    return p;
+  };
+  const int n = 9000;
+  const Case cases[] = {{{5, 700}, false, true},          {spread(16, 3, 500), false, true},
+                        {spread(17, 0, 529), false, true}, {spread(40, 11, 219), false, true},
+                        {spread(72, 1, 124), false, true}, {spread(40, 300, 700), false, true},  // beyond n
+                        {{9, 9}, false, false},           {{4, 17, 17, 8000}, false, false},
+                        {spread(38, 2, 230), true, false}, {spread(15, 7, 600), true, false}};
+  std::vector<KernelLevel> levels = acceleratedLevels();
+  levels.insert(levels.begin(), KernelLevel::Scalar);
+  for (const Case& c : cases) {
+    std::vector<uint16_t> lambda{1};
+    auto times = [&](std::vector<uint16_t> factor) {
+      std::vector<uint16_t> product(lambda.size() + factor.size() - 1, 0);
+      for (size_t i = 0; i < lambda.size(); ++i)
+        for (size_t j = 0; j < factor.size(); ++j) product[i + j] ^= field.mul(lambda[i], factor[j]);
+      lambda.swap(product);
+    };
+    for (int p : c.positions) times({1, field.exp(p)});
+    if (c.irreducible) times({noRoot, 1, 1});
+    const int d = static_cast<int>(lambda.size()) - 1;
+    std::vector<int> sorted(c.positions);
+    std::sort(sorted.begin(), sorted.end());
+    const bool accepted = c.splits && sorted.back() < n;
+    SCOPED_TRACE(::testing::Message() << "degree " << d << " first position " << sorted.front());
+    if (SplitCheck::supports(KernelLevel::VectorClmul)) {
+      EXPECT_EQ(SplitCheck(field, 72).splits(lambda.data(), d), c.splits);
+    }
+    for (KernelLevel level : levels) {
+      LocatorRoots finder(field, 72, level);
+      std::vector<int> found(d, -1);
+      EXPECT_EQ(finder.find(lambda.data(), d, n, found.data()), accepted) << kernelLevelName(level);
+      if (accepted) {
+        EXPECT_EQ(found, sorted) << kernelLevelName(level);
+      }
+    }
+  }
 }
 
 // The codec's own engines run the default level, so that the differential
