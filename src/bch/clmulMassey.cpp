@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "bch/fieldTables.h"
+#include "bch/slotReduction.h"
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
 #include <immintrin.h>
@@ -20,37 +21,6 @@ constexpr int kMaxRegisters = 16;
 #define QFB_TARGET __attribute__((target("avx512f,avx512bw,vpclmulqdq")))
 constexpr __mmask16 kAll = 0xffff;
 
-struct Reducer {
-  int m, rounds;
-  const int* bits;
-  int bitCount;
-
-  QFB_TARGET __m512i slots(__m512i c) const {
-    const __m512i low = _mm512_set1_epi32((1 << m) - 1);
-    const __m128i down = _mm_cvtsi32_si128(m);
-    for (int r = 0; r < rounds; ++r) {
-      const __m512i h = _mm512_maskz_srl_epi32(kAll, c, down);
-      c = _mm512_and_si512(c, low);
-      for (int b = 0; b < bitCount; ++b) c = _mm512_xor_si512(c, _mm512_maskz_sll_epi32(kAll, h, _mm_cvtsi32_si128(bits[b])));
-    }
-    return c;
-  }
-
-  uint32_t scalar(uint32_t c) const {
-    for (int r = 0; r < rounds; ++r) {
-      const uint32_t h = c >> m;
-      c &= (1u << m) - 1;
-      for (int b = 0; b < bitCount; ++b) c ^= h << bits[b];
-    }
-    return c;
-  }
-};
-
-// Slot-wise products v * s, s a reduced scalar in every 64-bit word.
-QFB_TARGET inline __m512i timesScalar(__m512i v, __m512i s) {
-  return _mm512_maskz_unpacklo_epi64(0xff, _mm512_clmulepi64_epi128(v, s, 0x00), _mm512_clmulepi64_epi128(v, s, 0x01));
-}
-
 // x P for P in R registers: every slot one up.
 template <int R>
 QFB_TARGET inline void shiftUp(__m512i* p) {
@@ -64,7 +34,7 @@ QFB_TARGET inline void shiftUp(__m512i* p) {
 // at S_0, with 16 zeros below it (the discrepancy of step r reads back to
 // S_(r-15)); Lambda's slots are stored to out.
 template <int R>
-QFB_TARGET void iterate(const Reducer& reduce, const FieldTables& field, const uint32_t* syn, int steps,
+QFB_TARGET void iterate(const SlotReduction& slots, const FieldTables& field, const uint32_t* syn, int steps,
                         bool squaredSyndromes, uint32_t* out) {
   const __m512i reverseWords = _mm512_set_epi64(0, 1, 2, 3, 4, 5, 6, 7);
   __m512i lambda[R], b[R];
@@ -89,7 +59,7 @@ QFB_TARGET void iterate(const Reducer& reduce, const FieldTables& field, const u
     }
     alignas(64) uint64_t words[8];
     _mm512_store_si512(words, sum);
-    const uint32_t delta = reduce.scalar(static_cast<uint32_t>((words[0] ^ words[2] ^ words[4] ^ words[6]) >> 32));
+    const uint32_t delta = slots.reduce(static_cast<uint32_t>((words[0] ^ words[2] ^ words[4] ^ words[6]) >> 32));
     if (delta == 0) {
       shiftUp<R>(b);
     ++degB;
@@ -104,12 +74,12 @@ QFB_TARGET void iterate(const Reducer& reduce, const FieldTables& field, const u
     for (int k = 0; k < R; ++k) {
       oldLambda[k] = lambda[k];
       if (16 * k > degB) continue;
-      lambda[k] = _mm512_xor_si512(lambda[k], reduce.slots(timesScalar(b[k], d)));
+      lambda[k] = _mm512_xor_si512(lambda[k], reduceSlots(slots, timesScalar(b[k], d)));
     }
     if (lengthChange) {
       const __m512i inverse = _mm512_set1_epi64(field.inverse(static_cast<uint16_t>(delta)));
 #pragma GCC unroll 8
-      for (int k = 0; k < R; ++k) b[k] = 16 * k > L ? _mm512_setzero_si512() : reduce.slots(timesScalar(oldLambda[k], inverse));
+      for (int k = 0; k < R; ++k) b[k] = 16 * k > L ? _mm512_setzero_si512() : reduceSlots(slots, timesScalar(oldLambda[k], inverse));
       degB = L;
       L = r + 1 - L;
     }
@@ -118,7 +88,7 @@ QFB_TARGET void iterate(const Reducer& reduce, const FieldTables& field, const u
   for (int k = 0; k < R; ++k) _mm512_storeu_si512(out + 16 * k, lambda[k]);
 }
 
-using Iteration = void (*)(const Reducer&, const FieldTables&, const uint32_t*, int, bool, uint32_t*);
+using Iteration = void (*)(const SlotReduction&, const FieldTables&, const uint32_t*, int, bool, uint32_t*);
 #endif
 
 }  // namespace
@@ -140,13 +110,8 @@ ClmulMassey::ClmulMassey(const FieldTables& f, int t_)
       t(t_),
       registers((2 * t_ + 1 + 15) / 16),
       lambda(16 * static_cast<size_t>(registers), 0),
-      syndromes(16 + 2 * static_cast<size_t>(t_), 0) {
-  const int m = field.m();
-  const int rho = field.exp(m);  // alpha^m in polynomial basis is rho(alpha)
-  for (int b = 0; b < m; ++b)
-    if ((rho >> b) & 1) rhoBits.push_back(b);
-  for (int D = 2 * m - 2; D >= m; D = std::max(m - 1, D - m + rhoBits.back())) ++rounds;
-}
+      syndromes(16 + 2 * static_cast<size_t>(t_), 0),
+      slots(f) {}
 
 void ClmulMassey::locator(const uint16_t* S, int steps, uint16_t* Lambda, bool squaredSyndromes) {
 #ifdef QFB_HAVE_VPCLMUL
@@ -154,10 +119,9 @@ void ClmulMassey::locator(const uint16_t* S, int steps, uint16_t* Lambda, bool s
                                               &iterate<5>, &iterate<6>, &iterate<7>, &iterate<8>,
                                               &iterate<9>, &iterate<10>, &iterate<11>, &iterate<12>,
                                               &iterate<13>, &iterate<14>, &iterate<15>, &iterate<16>};
-  const Reducer reduce{field.m(), rounds, rhoBits.data(), static_cast<int>(rhoBits.size())};
   uint32_t* syn = syndromes.data() + 16;
   std::copy(S, S + steps, syn);
-  kIterations[registers - 1](reduce, field, syn, steps, squaredSyndromes, lambda.data());
+  kIterations[registers - 1](slots, field, syn, steps, squaredSyndromes, lambda.data());
   for (int i = 0; i <= 2 * t; ++i) Lambda[i] = static_cast<uint16_t>(lambda[i]);
   std::fill(syn, syn + steps, 0u);
 #else

@@ -1,9 +1,9 @@
 // ClmulMassey: the Berlekamp-Massey iteration of BerlekampMassey, step for
 // step, on 512-bit registers with carry-less multiplication.
 //
-// Coefficients are held one per 32-bit slot in polynomial basis. A product
-// of two field elements has degree <= 2m - 2 <= 30 for m <= 16, so the two
-// slots of a 64-bit word can share one carry-less product:
+// Coefficients are held one per 32-bit slot in polynomial basis
+// (SlotReduction), so the two slots of a 64-bit word share one carry-less
+// product:
 // - Lambda <- Lambda + Delta x^(s+1) B0 multiplies 16 slots of B0 by the
 //   scalar Delta with two VPCLMULQDQ (the low and the high word of each
 //   128-bit lane) and reduces the slots modulo p(y) = y^m + rho(y) by
@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "bch/kernelLevel.h"
+#include "bch/slotReduction.h"
 
 class FieldTables;
 
@@ -43,8 +44,7 @@ class ClmulMassey {
  private:
   const FieldTables& field;
   int t;
-  std::vector<int> rhoBits;  // the exponents of rho(y)
-  int rounds = 0;            // slot reductions that bring degree 2m - 2 below m
-  int registers;             // 16-slot registers per polynomial
+  int registers;  // 16-slot registers per polynomial
   std::vector<uint32_t> lambda, syndromes;
+  SlotReduction slots;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "bch/fieldTables.h"
+#include "bch/slotReduction.h"
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(QFB_PORTABLE_ONLY)
 #include <immintrin.h>
@@ -19,37 +20,11 @@ constexpr int kMaxRegisters = 8;
 
 #ifdef QFB_HAVE_VPCLMUL
 #define QFB_TARGET __attribute__((target("avx512f,avx512bw,vpclmulqdq")))
-// Masked forms with an all-ones mask: the unmasked ones merge into an
-// undefined register, which gcc 12 reports as maybe uninitialised.
 constexpr __mmask16 kAll = 0xffff;
-
-// The field's reduction: every slot below y^m.
-struct SlotReducer {
-  int m, rounds;
-  const int* bits;  // the exponents of rho
-  int bitCount;
-
-  QFB_TARGET __m512i operator()(__m512i c) const {
-    const __m512i low = _mm512_set1_epi32((1 << m) - 1);
-    const __m128i down = _mm_cvtsi32_si128(m);
-    for (int r = 0; r < rounds; ++r) {
-      const __m512i h = _mm512_maskz_srl_epi32(kAll, c, down);
-      c = _mm512_and_si512(c, low);
-      for (int b = 0; b < bitCount; ++b) c = _mm512_xor_si512(c, _mm512_maskz_sll_epi32(kAll, h, _mm_cvtsi32_si128(bits[b])));
-    }
-    return c;
-  }
-};
-
-// Slot-wise products v * s of one register (s reduced): the two slots of a
-// 64-bit word share one carry-less product.
-QFB_TARGET inline __m512i timesScalar(__m512i v, __m512i s) {
-  return _mm512_maskz_unpacklo_epi64(0xff, _mm512_clmulepi64_epi128(v, s, 0x00), _mm512_clmulepi64_epi128(v, s, 0x01));
-}
 
 // The whole test for degree d with R registers per polynomial.
 template <int R>
-QFB_TARGET bool splitsIn(const SlotReducer& reduce, const uint32_t* monic, int d, uint32_t* reductions,
+QFB_TARGET bool splitsIn(const SlotReduction& slots, const uint32_t* monic, int d, uint32_t* reductions,
                          uint64_t* squares, int m) {
   const __mmask16 lastMask = static_cast<__mmask16>((1u << (d - 16 * (R - 1))) - 1);
   auto slotMask = [&](int k) { return k == R - 1 ? lastMask : static_cast<__mmask16>(0xffff); };
@@ -74,7 +49,7 @@ QFB_TARGET bool splitsIn(const SlotReducer& reduce, const uint32_t* monic, int d
     for (int k = R - 1; k >= 0; --k) {
       const __m512i below = k > 0 ? x[k - 1] : _mm512_setzero_si512();
       const __m512i shifted = _mm512_maskz_alignr_epi32(kAll, x[k], below, 15);
-      x[k] = _mm512_maskz_xor_epi32(slotMask(k), shifted, reduce(timesScalar(lambda[k], c)));
+      x[k] = _mm512_maskz_xor_epi32(slotMask(k), shifted, reduceSlots(slots, timesScalar(lambda[k], c)));
     }
   }
   // P = x, squared m times.
@@ -90,8 +65,8 @@ QFB_TARGET bool splitsIn(const SlotReducer& reduce, const uint32_t* monic, int d
     for (int k = 0; k < R; ++k) {
       const __m512i lo = _mm512_clmulepi64_epi128(p[k], p[k], 0x00);  // slots 4l, 4l+1 of lane l
       const __m512i hi = _mm512_clmulepi64_epi128(p[k], p[k], 0x11);  // slots 4l+2, 4l+3
-      _mm512_storeu_si512(squares + 16 * k, reduce(_mm512_maskz_permutex2var_epi64(0xff, lo, firstHalf, hi)));
-      _mm512_storeu_si512(squares + 16 * k + 8, reduce(_mm512_maskz_permutex2var_epi64(0xff, lo, secondHalf, hi)));
+      _mm512_storeu_si512(squares + 16 * k, reduceSlots(slots, _mm512_maskz_permutex2var_epi64(0xff, lo, firstHalf, hi)));
+      _mm512_storeu_si512(squares + 16 * k + 8, reduceSlots(slots, _mm512_maskz_permutex2var_epi64(0xff, lo, secondHalf, hi)));
     }
     __m512i even[R], odd[R];  // products of the low and of the high words
 #pragma GCC unroll 8
@@ -110,7 +85,7 @@ QFB_TARGET bool splitsIn(const SlotReducer& reduce, const uint32_t* monic, int d
 #pragma GCC unroll 8
     for (int k = 0; k < R; ++k) {
       const __m512i inPlace = _mm512_maskz_loadu_epi32(slotMask(k), reinterpret_cast<const uint32_t*>(squares) + 16 * k);
-      p[k] = reduce(_mm512_xor_si512(inPlace, _mm512_maskz_unpacklo_epi64(0xff, even[k], odd[k])));
+      p[k] = reduceSlots(slots, _mm512_xor_si512(inPlace, _mm512_maskz_unpacklo_epi64(0xff, even[k], odd[k])));
     }
   }
   // x^(2^m) = x.
@@ -121,7 +96,7 @@ QFB_TARGET bool splitsIn(const SlotReducer& reduce, const uint32_t* monic, int d
   return differ == 0;
 }
 
-using SplitKernel = bool (*)(const SlotReducer&, const uint32_t*, int, uint32_t*, uint64_t*, int);
+using SplitKernel = bool (*)(const SlotReduction&, const uint32_t*, int, uint32_t*, uint64_t*, int);
 constexpr SplitKernel kKernels[kMaxRegisters] = {&splitsIn<1>, &splitsIn<2>, &splitsIn<3>, &splitsIn<4>,
                                                   &splitsIn<5>, &splitsIn<6>, &splitsIn<7>, &splitsIn<8>};
 #endif
@@ -142,12 +117,8 @@ SplitCheck::SplitCheck(const FieldTables& f, int t_)
       registers(std::min((t_ + 15) / 16, kMaxRegisters)),
       monic(16 * static_cast<size_t>(registers), 0),
       reductions(16 * static_cast<size_t>(registers) * (std::min(t_, 16 * kMaxRegisters) / 2 + 1), 0),
-      squares(16 * static_cast<size_t>(registers), 0) {
-  // rho(alpha) = alpha^m, so alpha^m in polynomial basis is rho.
-  const int rho = field.exp(field.m());
-  for (int b = 0; b < field.m(); ++b)
-    if ((rho >> b) & 1) rhoBits.push_back(b);
-}
+      squares(16 * static_cast<size_t>(registers), 0),
+      slots(f) {}
 
 bool SplitCheck::tests(int d) const {
 #ifdef QFB_HAVE_VPCLMUL
@@ -163,17 +134,10 @@ bool SplitCheck::splits(const uint16_t* lambda, int d) {
 #ifdef QFB_HAVE_VPCLMUL
   const int R = (d + 15) / 16;
   if (R > registers) return true;
-  const int m = field.m();
-  // Reduction rounds: a slot of degree D becomes one of degree
-  // max(m - 1, D - m + deg rho); products have D <= 2m - 2.
-  const int degRho = rhoBits.back();
-  int rounds = 0;
-  for (int D = 2 * m - 2; D >= m; D = std::max(m - 1, D - m + degRho)) ++rounds;
-  const SlotReducer reduce{m, rounds, rhoBits.data(), static_cast<int>(rhoBits.size())};
   const int logInverse = field.order() - field.log(lambda[d]);
   for (int i = 0; i < d; ++i) monic[i] = field.mulByLog(lambda[i], logInverse);
   std::fill(monic.begin() + d, monic.end(), 0);
-  return kKernels[R - 1](reduce, monic.data(), d, reductions.data(), squares.data(), m);
+  return kKernels[R - 1](slots, monic.data(), d, reductions.data(), squares.data(), field.m());
 #else
   (void)lambda;
   return true;

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "bch/kernelLevel.h"
+#include "bch/slotReduction.h"
 
 class FieldTables;
 
@@ -47,8 +48,8 @@ class SplitCheck {
  private:
   const FieldTables& field;
   int registers;                // 16-slot registers per polynomial of degree < t
-  std::vector<int> rhoBits;     // the exponents of rho(y) = p(y) - y^m
   std::vector<uint32_t> monic;  // Lambda / lambda_d below x^d, slots
   std::vector<uint32_t> reductions;  // Q_j for 2j >= d, slots, `registers` each
   std::vector<uint64_t> squares;     // p_j^2 reduced, one per 64-bit word
+  SlotReduction slots;
 };
