@@ -1,7 +1,8 @@
-// FlashBCH and the exported functions against the plain per-codeword
-// reference adapter on random layouts: every init parameter, clean blocks,
-// 0..t+5 errors per codeword (padding included), random blocks, and the
-// syndromes and locators kept per codeword across successive decodes.
+// FlashBCH against the plain per-codeword reference adapter on random
+// layouts: every init parameter, clean blocks, 0..t+5 errors per codeword
+// (padding included), random blocks, and the syndromes and locators kept per
+// codeword across successive decodes. (The exported functions wrap this
+// class; the packed-codec test compares them codeword for codeword.)
 #include <algorithm>
 #include <numeric>
 #include <random>
@@ -9,7 +10,6 @@
 
 #include "api/FlashBCH.h"
 #include "bch/bch.h"
-#include "quilFlashBCH.h"
 #include "support/differential.h"
 #include "support/fields.h"
 #include "support/referenceFlashBch.h"
@@ -152,36 +152,6 @@ TEST(FlashDifferential, PlacementOneCorrectsDataBits) {
     EXPECT_EQ(out, outRef) << flip;
     EXPECT_TRUE(std::equal(out.begin(), out.end(), message.begin())) << flip;
   }
-}
-
-TEST(FlashDifferential, ExportedFunctionsAgreeWithTheReference) {
-  qfbtest::ScratchDir scratch;
-  ASSERT_EQ(quilCreateFlashBCH(), 0);
-  ReferenceFlashBCH ref;
-  std::mt19937 rng(77);
-  const int rounds = qfbtest::differentialRounds(8);
-  for (int round = 0; round < rounds; ++round) {
-    const int t = qfbtest::randomT(rng);
-    V lengths(qfbtest::uniformInt(rng, 1, 4));
-    for (int& len : lengths) len = qfbtest::logUniformInt(rng, 1, t > 48 ? 2500 : 9000);
-    const int count = static_cast<int>(lengths.size());
-    ASSERT_EQ(quilInitializeFlashBCH(count, lengths.data(), t), 0);
-    ref.init(count, lengths.data(), t, false, true, -1, 0, 0);
-    const int stored = quilGetParityLength();
-    ASSERT_EQ(stored, ref.get_parity_length());
-    const int dataBits = std::accumulate(lengths.begin(), lengths.end(), 0);
-    const V data = randomBits(rng, dataBits);
-    V enc(dataBits + count * stored), encRef(enc);
-    ASSERT_EQ(quilEncodeBCH(V(data).data(), enc.data()), 0);
-    ref.encode_au(data.data(), encRef.data());
-    ASSERT_EQ(enc, encRef) << "t=" << t;
-    for (int i = 0, at = 0; i < count; at += lengths[i] + stored, ++i)
-      flipDistinct(rng, enc.data() + at, lengths[i] + stored, qfbtest::uniformInt(rng, 0, t + 2));
-    V out(dataBits, -9), outRef(out);
-    EXPECT_EQ(quilDecodeBCH(V(enc).data(), out.data()), ref.decode_au(enc.data(), outRef.data(), nullptr));
-    EXPECT_EQ(out, outRef) << "t=" << t;
-  }
-  EXPECT_EQ(quilReleaseFlashBCH(), 0);
 }
 
 }  // namespace
