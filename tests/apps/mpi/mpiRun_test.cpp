@@ -23,13 +23,7 @@ std::string launcher(int ranks, const std::string& exported = "") {
 }
 
 Outcome runUnderMpi(int ranks, const std::string& program, const std::string& args) {
-  const std::string command = launcher(ranks) + " '" + program + "' " + args + " >stdout.txt 2>stderr.txt </dev/null";
-  const int raw = std::system(command.c_str());
-  Outcome run;
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  run.out = qfbtest::readFile("stdout.txt");
-  run.err = qfbtest::readFile("stderr.txt");
-  return run;
+  return flashbchtest::runFlashbch(args, launcher(ranks), program);
 }
 
 TEST(MpiRun, CollectiveStepsAgreeOnEveryRank) {
