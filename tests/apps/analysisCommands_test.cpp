@@ -63,7 +63,8 @@ TEST(Simulate, MeasuredRawBerMatchesTheChannel) {
 TEST(Simulate, NoFailuresFarBelowTheThreshold) {
   qfbtest::ScratchDir dir;
   // n = 1144, t = 8 at p = 1e-4: about 0.11 errors per codeword, P(X > 8) ~ 1e-14.
-  const auto rows = csvRows("simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --json r.json", 1);
+  const auto rows =
+      csvRows("simulate --layout 4x1024 --t 8 --channel bsc --rber 1e-4 --max-frames 100 --json r.json", 1);
   EXPECT_GT(number(rows[0].at("raw_ber")), 0);
   for (const char* column : {"uncorrectable", "miscorrected", "uber"}) EXPECT_EQ(rows[0].at(column), "0") << column;
   EXPECT_EQ(rows[0].at("codewords"), "400");
