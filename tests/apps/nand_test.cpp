@@ -109,7 +109,6 @@ TEST(NandCommand, BadRequestsAreRefused) {
   struct Case {
     std::string args, message;
   } cases[] = {
-      {"nand --cell qlc", "flashbch nand: unknown cell type 'qlc': use slc, mlc or tlc"},
       {"nand --cell mlc --page middle", "flashbch nand: --page: unknown page 'middle' for a mlc cell: use lower or upper"},
       {"nand --pe -5", "flashbch nand: --pe: "},
       {"nand --retention -1", "flashbch nand: --retention: "},
