@@ -244,6 +244,8 @@ TEST(NandModel, BadArgumentsAreRefusedWithTheirReason) {
       {[&] { CellModel(mlcWith([](CellParameters& p) { p.states[2].sigma = 0.0; })); },
        "state 2: sigma must be a finite number > 0"},
       {[&] { CellModel(mlcWith([](CellParameters& p) { p.states.pop_back(); })); }, "a mlc cell needs 4 states, got 3"},
+      {[&] { CellModel(mlcWith([](CellParameters& p) { p.states[1].mean = p.states[0].mean; })); },
+       "state 1: state means must be strictly increasing"},
       {[&] { tlc.distributions(1e7, 1e7); },
        "P/E cycles 10000000 and retention 10000000 h are beyond the model: the retention law would move "
        "programmed states below x0"},
