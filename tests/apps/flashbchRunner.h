@@ -26,9 +26,10 @@ struct Run {
   std::string out, err;
 };
 
-inline Run runFlashbch(const std::string& args, const std::string& environment = "") {
-  const std::string command =
-      environment + " '" + std::string(FLASHBCH_BINARY) + "' " + args + " >stdout.txt 2>stderr.txt </dev/null";
+// `environment` comes first on the shell line: variables, or a launcher.
+inline Run runFlashbch(const std::string& args, const std::string& environment = "",
+                       const std::string& program = FLASHBCH_BINARY) {
+  const std::string command = environment + " '" + program + "' " + args + " >stdout.txt 2>stderr.txt </dev/null";
   const int raw = std::system(command.c_str());
   Run run;
   run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
@@ -65,24 +66,35 @@ inline long double directUpperTail(int n, int t, long double p) {
   return tail;
 }
 
+using Row = std::map<std::string, std::string>;
+
 // Rows of a CSV file without quoted fields, as column name -> text.
-inline std::vector<std::map<std::string, std::string>> readCsv(const std::string& path) {
+inline std::vector<Row> readCsv(const std::string& path) {
   std::istringstream in(qfbtest::readFile(path));
-  std::vector<std::map<std::string, std::string>> rows;
   std::vector<std::string> header;
-  for (std::string line; std::getline(in, line);) {
-    std::vector<std::string> fields;
+  std::vector<Row> rows;
+  std::string line, cell;
+  std::getline(in, line);
+  for (std::istringstream cells(line); std::getline(cells, cell, ',');) header.push_back(cell);
+  while (std::getline(in, line)) {
     std::istringstream cells(line);
-    for (std::string cell; std::getline(cells, cell, ',');) fields.push_back(cell);
-    if (header.empty()) {
-      header = fields;
-      continue;
-    }
-    std::map<std::string, std::string> row;
-    for (size_t i = 0; i < header.size() && i < fields.size(); ++i) row[header[i]] = fields[i];
-    rows.push_back(row);
+    rows.emplace_back();
+    for (size_t i = 0; i < header.size() && std::getline(cells, cell, ','); ++i) rows.back()[header[i]] = cell;
   }
   return rows;
 }
+
+// Runs flashbch with `args` and --csv out.csv; returns the rows, `count` of
+// them (empty ones, so that reading a column fails, if fewer).
+inline std::vector<Row> csvRows(const std::string& args, size_t count) {
+  const Run run = runFlashbch(args + " --csv out.csv");
+  EXPECT_EQ(run.status, 0) << args << "\n" << run.err;
+  std::vector<Row> rows = readCsv("out.csv");
+  EXPECT_EQ(rows.size(), count) << args;
+  rows.resize(count);
+  return rows;
+}
+
+inline double number(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
 
 }  // namespace flashbchtest

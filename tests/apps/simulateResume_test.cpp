@@ -12,23 +12,19 @@
 namespace {
 
 using flashbchtest::runFlashbch;
+using flashbchtest::kMonteCarloSweep;
+using flashbchtest::kStratifiedSweep;
 using flashbchtest::tableJson;
-
-// Small codes, so that a point takes several rounds in a fraction of a second.
-const char* const kMonteCarlo =
-    "simulate --layout 2x1024 --t 4 --channel bsc --rber 2e-3,3e-3 --max-fe 50 --max-frames 4000 --threads 2 --quiet";
-const char* const kStratified =
-    "simulate --layout 2x1024 --t 4 --channel bsc --rber 1e-3,2e-3 --estimator stratified --max-fe 40 "
-    "--max-frames 2000 --threads 2 --quiet";
 
 TEST(SimulateResume, AStoppedRunResumesToTheUninterruptedTable) {
   qfbtest::ScratchDir scratch;
   const struct {
-    const char* settings;
+    std::string settings;
     int signal, afterRounds;
-  } cases[] = {{kMonteCarlo, 15, 3}, {kMonteCarlo, 9, 3}, {kMonteCarlo, 15, 9}, {kStratified, 15, 1}};
+  } cases[] = {
+      {kMonteCarloSweep, 15, 3}, {kMonteCarloSweep, 9, 3}, {kMonteCarloSweep, 15, 9}, {kStratifiedSweep, 15, 1}};
   for (const auto& c : cases) {
-    const std::string args = c.settings, label = args + ", signal " + std::to_string(c.signal);
+    const std::string args = c.settings + " --threads 2", label = args + ", signal " + std::to_string(c.signal);
     ASSERT_EQ(runFlashbch(args + " --json whole.json").status, 0) << label;
     std::remove("run.ckpt");
     const std::string hook = "FLASHBCH_TEST_RAISE=0:" + std::to_string(c.afterRounds) + ":" + std::to_string(c.signal);

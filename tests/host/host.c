@@ -33,17 +33,9 @@ static struct {
   void (*swapData)(int*, int, int*, int, int, int, int);
 } quil;
 
-/* dlsym returns an object pointer; ISO C converts it to a function pointer
- * only through its bytes. */
-#define RESOLVE(field, name)                                \
-  do {                                                      \
-    void* f = dlsym(lib, #name);                            \
-    if (!f) {                                               \
-      fprintf(stderr, "missing symbol %s\n", #name);        \
-      return 1;                                             \
-    }                                                       \
-    memcpy(&quil.field, &f, sizeof f);                      \
-  } while (0)
+static const char* const kNames[] = {"quilCreateFlashBCH", "quilInitializeFlashBCH", "quilReleaseFlashBCH",
+                                     "quilFlashBCHVersion", "quilGetParityLength", "quilEncodeBCH", "quilDecodeBCH",
+                                     "quilGenerateRandomBits", "quilAddGaussianNoise", "quilSwapData"};
 
 static int* bits(int n) {
   int* p = malloc(sizeof(int) * (size_t)n);
@@ -148,16 +140,17 @@ int main(int argc, char** argv) {
     fprintf(stderr, "%s\n", dlerror());
     return 1;
   }
-  RESOLVE(create, quilCreateFlashBCH);
-  RESOLVE(initialize, quilInitializeFlashBCH);
-  RESOLVE(release, quilReleaseFlashBCH);
-  RESOLVE(version, quilFlashBCHVersion);
-  RESOLVE(parityLength, quilGetParityLength);
-  RESOLVE(encode, quilEncodeBCH);
-  RESOLVE(decode, quilDecodeBCH);
-  RESOLVE(randomBits, quilGenerateRandomBits);
-  RESOLVE(gaussianNoise, quilAddGaussianNoise);
-  RESOLVE(swapData, quilSwapData);
+  /* dlsym returns an object pointer; ISO C converts it to a function
+   * pointer only through its bytes, one member of `quil` per name in order. */
+  _Static_assert(sizeof quil == sizeof kNames / sizeof kNames[0] * sizeof quil.create, "one member per name");
+  for (size_t i = 0; i < sizeof kNames / sizeof kNames[0]; ++i) {
+    void* f = dlsym(lib, kNames[i]);
+    if (!f) {
+      fprintf(stderr, "missing symbol %s\n", kNames[i]);
+      return 1;
+    }
+    memcpy((char*)&quil + i * sizeof quil.create, &f, sizeof f);
+  }
   single_lifecycle();
   const int cycles = argc > 2 ? atoi(argv[2]) : 0;
   lifecycles(cycles);

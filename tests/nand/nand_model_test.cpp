@@ -214,7 +214,17 @@ TEST(NandBitChannel, SoftDecisionsBeatTheHardReadAndDrawsFollowTheClasses) {
 TEST(NandModel, BadArgumentsAreRefusedWithTheirReason) {
   const CellModel tlc(cellParameters(3));
   const PageReadModel upper(tlc, 2, 0, 0);
-  const std::vector<double> refs = tlc.parameters().defaultReferences;
+  const auto refsWith = [&](size_t i, double volts) {
+    std::vector<double> r = tlc.parameters().defaultReferences;
+    r[i] = volts;
+    return r;
+  };
+  const auto mlcWith = [](const std::function<void(CellParameters&)>& edit) {
+    CellParameters p = cellParameters(2);
+    edit(p);
+    return p;
+  };
+  const std::vector<double> upperRefs = upper.pageReferencesOf(tlc.parameters().defaultReferences);
   struct Case {
     std::function<void()> call;
     std::string message;
@@ -225,33 +235,17 @@ TEST(NandModel, BadArgumentsAreRefusedWithTheirReason) {
       {[&] { tlc.distributions(-1, 0); }, "P/E cycles must be a number in 0 .. 10000000, got -1"},
       {[&] { tlc.distributions(0, std::nan("")); }, "retention must be a number of hours in 0 .. 10000000, got nan"},
       {[&] { tlc.checkReferences({0, 1, 2}); }, "a tlc cell needs 7 read references, got 3"},
-      {[&] {
-         auto r = refs;
-         std::swap(r[2], r[3]);
-         tlc.checkReferences(r);
-       },
-       "read references must be strictly increasing"},
-      {[&] {
-         auto r = refs;
-         r[6] = 9.5;
-         tlc.checkReferences(r);
-       },
+      {[&] { tlc.checkReferences(refsWith(3, tlc.parameters().defaultReferences[2])); },
+       "read references must be strictly increasing"},  // two equal references
+      {[&] { tlc.checkReferences(refsWith(6, 9.5)); },
        "read reference 9.5 lies outside the model's voltage range -4 .. 9 V"},
-      {[&] { SoftPageRead(upper, upper.pageReferencesOf(refs), 8, 0.1); }, "soft reads must be 0 .. 7, got 8"},
-      {[&] { SoftPageRead(upper, upper.pageReferencesOf(refs), 1, 0.0); },
-       "the soft-read step must be a finite number of volts > 0"},
-      {[] {
-         auto p = cellParameters(2);
-         p.states[2].sigma = 0.0;
-         CellModel m(p);
-       },
+      {[&] { SoftPageRead(upper, upperRefs, 8, 0.1); }, "soft reads must be 0 .. 7, got 8"},
+      {[&] { SoftPageRead(upper, upperRefs, 1, 0.0); }, "the soft-read step must be a finite number of volts > 0"},
+      {[&] { CellModel(mlcWith([](CellParameters& p) { p.states[2].sigma = 0.0; })); },
        "state 2: sigma must be a finite number > 0"},
-      {[] {
-         auto p = cellParameters(2);
-         p.states.pop_back();
-         CellModel m(p);
-       },
-       "a mlc cell needs 4 states, got 3"},
+      {[&] { CellModel(mlcWith([](CellParameters& p) { p.states.pop_back(); })); }, "a mlc cell needs 4 states, got 3"},
+      {[&] { CellModel(mlcWith([](CellParameters& p) { p.states[1].mean = p.states[0].mean; })); },
+       "state 1: state means must be strictly increasing"},
       {[&] { tlc.distributions(1e7, 1e7); },
        "P/E cycles 10000000 and retention 10000000 h are beyond the model: the retention law would move "
        "programmed states below x0"},

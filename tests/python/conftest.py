@@ -19,47 +19,22 @@ for _i in range(_ORDER):
         _x ^= (1 << 15) | 0b11
 
 
-def _minimal_polynomial(i):
-    """Binary minimal polynomial of alpha^i, bit j = coefficient of x^j."""
-    coset, j = [], i
-    while j not in coset:
-        coset.append(j)
-        j = 2 * j % _ORDER
-    poly = [1]  # coefficients in GF(2^15), lowest degree first
-    for j in coset:  # poly *= (x + alpha^j)
-        root = _EXP[j]
-        shifted = [0] + poly
-        for d, c in enumerate(poly):
-            if c:
-                shifted[d] ^= _EXP[_LOG[c] + _LOG[root]]
-        poly = shifted
-    return sum(1 << d for d, c in enumerate(poly) if c)
-
-
-def _clmul(a, b):
-    out = 0
-    while b:
-        if b & 1:
-            out ^= a
-        a <<= 1
-        b >>= 1
-    return out
-
-
 _GENERATORS = {}
 
 
 def generator(t):
-    """g(x) of the t-error-correcting narrow-sense code: the product of the
-    distinct minimal polynomials of alpha^1 .. alpha^2t."""
+    """g(x) of the t-error-correcting narrow-sense code as an integer (bit d
+    the coefficient of x^d): the product of x + alpha^j over alpha^1 .. alpha^2t
+    and their conjugates alpha^(2^s j), each root once."""
     if t not in _GENERATORS:
-        g, seen = 1, set()
-        for i in range(1, 2 * t, 2):
-            m = _minimal_polynomial(i)
-            if m not in seen:
-                seen.add(m)
-                g = _clmul(g, m)
-        _GENERATORS[t] = g
+        poly = [1]  # coefficients in GF(2^15), lowest degree first
+        for j in {(i << s) % _ORDER for i in range(1, 2 * t + 1) for s in range(15)}:
+            poly = [0] + poly
+            for d in range(len(poly) - 1):
+                if poly[d + 1]:
+                    poly[d] ^= _EXP[_LOG[poly[d + 1]] + j]
+        assert set(poly) == {0, 1}, "a product over whole conjugate classes is binary"
+        _GENERATORS[t] = sum(1 << d for d, c in enumerate(poly) if c)
     return _GENERATORS[t]
 
 

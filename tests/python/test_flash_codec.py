@@ -85,11 +85,8 @@ def test_thresholds_decide_erased_pages_and_scrubbing():
 
 
 BAD = [
-    (lambda: q.FlashCodec("4x8193", 8), ValueError, "page images need whole bytes"),
     (lambda: q.FlashCodec("4y8192", 8), ValueError, "--layout: cannot read '4y8192'"),
-    (lambda: q.FlashCodec("2x1024", 129), ValueError, "--t: 129 is outside the accepted range 1 .. 128"),
     (lambda: q.FlashCodec("2x1024", 5, byte_swap=40), ValueError, "--byte-swap: 40 is not accepted"),
-    (lambda: q.FlashCodec("2x1024", 5, bit_swap=1), ValueError, "--bit-swap: 1 is outside the accepted range"),
     (lambda: q.FlashCodec("2x1024", 5).encode(bytes(300)), ValueError,
      "data: trailing partial block at byte offset 256 (44 bytes; a block takes 256 bytes)"),
     (lambda: q.FlashCodec("2x1024", 5).decode(bytes(0)), ValueError, "image: the file is empty"),

@@ -23,13 +23,7 @@ std::string launcher(int ranks, const std::string& exported = "") {
 }
 
 Outcome runUnderMpi(int ranks, const std::string& program, const std::string& args) {
-  const std::string command = launcher(ranks) + " '" + program + "' " + args + " >stdout.txt 2>stderr.txt </dev/null";
-  const int raw = std::system(command.c_str());
-  Outcome run;
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  run.out = qfbtest::readFile("stdout.txt");
-  run.err = qfbtest::readFile("stderr.txt");
-  return run;
+  return flashbchtest::runFlashbch(args, launcher(ranks), program);
 }
 
 TEST(MpiRun, CollectiveStepsAgreeOnEveryRank) {
@@ -57,15 +51,9 @@ TEST(MpiRun, AFailedRankIsNamedAndEndsTheJob) {
   EXPECT_EQ(run.out, "");
 }
 
-const char* const kSweeps[] = {
-    "simulate --layout 2x1024 --t 4 --channel bsc --rber 2e-3,3e-3 --max-fe 50 --max-frames 4000 --quiet",
-    "simulate --layout 2x1024 --t 4 --channel bsc --rber 1e-3,2e-3 --estimator stratified --max-fe 40 "
-    "--max-frames 2000 --quiet",
-};
-
 TEST(MpiRun, TheTableDoesNotDependOnRanksOrThreads) {
   qfbtest::ScratchDir scratch;
-  for (const std::string sweep : kSweeps) {
+  for (const std::string& sweep : {flashbchtest::kMonteCarloSweep, flashbchtest::kStratifiedSweep}) {
     ASSERT_EQ(flashbchtest::runFlashbch(sweep + " --threads 2 --json plain.json").status, 0) << sweep;
     for (int ranks : {1, 2, 3}) {
       const auto run = flashbchtest::runFlashbch(sweep + " --threads 1 --json ranks.json", launcher(ranks));
@@ -81,7 +69,7 @@ TEST(MpiRun, TheTableDoesNotDependOnRanksOrThreads) {
 // has saved every round, and the job resumes with another number of ranks.
 TEST(MpiRun, AFailedRankIsNamedAndTheCheckpointResumes) {
   qfbtest::ScratchDir scratch;
-  const std::string sweep = kSweeps[0];
+  const std::string sweep = flashbchtest::kMonteCarloSweep;
   ASSERT_EQ(flashbchtest::runFlashbch(sweep + " --json whole.json").status, 0);
   const struct {
     int signal;
