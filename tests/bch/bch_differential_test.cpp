@@ -161,7 +161,7 @@ TEST(BchDifferential, CodesBuiltFromASibling) {
   std::mt19937 rng(8);
   Probe sibling(&bchtest::gf32768(), 0, 8, 1, 1000);
   for (const auto& [t, k] : {std::pair{8, 4000}, std::pair{8, 17}, std::pair{9, 1000}, std::pair{2, 300}})
-    compareCode(rng, bchtest::gf32768(), 0, t, 1, k, 3, false, &sibling);
+    compareCode(rng, bchtest::gf32768(), 0, t, 1, k, 9, false, &sibling);
 }
 
 TEST(BchDifferential, FullAndShortenedCodesOverGF16) {
