@@ -164,12 +164,19 @@ TEST(BchDifferential, CodesBuiltFromASibling) {
     compareCode(rng, bchtest::gf32768(), 0, t, 1, k, 9, false, &sibling);
 }
 
-TEST(BchDifferential, FullAndShortenedCodesOverGF16) {
+// GF(16): every full and some shortened codes. GF(2^8), x^8 + x^4 + x^3 +
+// x^2 + 1: its reduction x^8 = x^4 + x^3 + x^2 + 1 has degree 4 (the codec's
+// field reduces by x + 1), which the vector root test must fold in more rounds.
+TEST(BchDifferential, CodesOverSmallFields) {
   std::mt19937 rng(16);
-  struct Code { int n, t, b, k; };
-  const Code codes[] = {{15, 1, 1, 0}, {15, 2, 1, 0}, {15, 3, 1, 0}, {15, 1, 0, 0},
-                        {0, 2, 1, 3},  {0, 3, 1, 1},  {0, 1, 1, 11}, {0, 1, 0, 6}};
-  for (const Code& c : codes) compareCode(rng, bchtest::gf16(), c.n, c.t, c.b, c.k, 36, true);
+  struct Code { int m, n, t, b, k; };
+  const Code codes[] = {{4, 15, 1, 1, 0}, {4, 15, 2, 1, 0}, {4, 15, 3, 1, 0}, {4, 15, 1, 0, 0},
+                        {4, 0, 2, 1, 3},  {4, 0, 3, 1, 1},  {4, 0, 1, 1, 11}, {4, 0, 1, 0, 6},
+                        {8, 0, 5, 1, 100}, {8, 0, 12, 1, 60}, {8, 255, 20, 1, 0}};
+  for (const Code& c : codes) {
+    const auto f = qfbtest::computedField(c.m);
+    compareCode(rng, *f, c.n, c.t, c.b, c.k, 36, true);
+  }
 }
 
 }  // namespace
