@@ -1,4 +1,4 @@
-// Hard-error injection, replayed against ran1 drawn directly (the decoders,
+// Hard-error injection, replayed against ran1 drawn directly, and its limit (the decoders,
 // the Reed-Solomon mode included, are compared with the plain reference in
 // the differential test).
 #include <cmath>
@@ -39,6 +39,10 @@ TEST(BchChannel, InjectHardErrorsFlipsDistinctDrawnPositions) {
   small.injectHardErrors(zeros.data(), out.data(), 0, seed);
   EXPECT_EQ(out, zeros);
   EXPECT_EQ(seed, before);
+  // More flips than bits: the distinct-position draw could never finish.
+  for (int numErrors : {16, 1 << 30})
+    EXPECT_EXIT_PRINTS(small.injectHardErrors(zeros.data(), out.data(), numErrors, seed), 255,
+                       "injectHardErrors: more errors than the word has bits.\n");
 }
 
 }  // namespace

@@ -10,23 +10,20 @@
 #include <vector>
 
 #include "bch/bch.h"
-#include "gf/exp2Int15.h"
-#include "gf/gf2m.h"
 #include "support/differential.h"
+#include "support/fields.h"
 #include "support/testutil.h"
 
 namespace bchtest {
 
-inline GF2m& gf16() {
-  static const int p[] = {1, 0, 0, 1, 1};  // x^4 + x + 1
-  static GF2m f(4, p, 4, static_cast<const char*>(nullptr));
-  return f;
+inline GF2m& gf16() {  // x^4 + x + 1
+  static const auto f = qfbtest::computedField(4);
+  return *f;
 }
 
-inline GF2m& gf32768() {
-  static const int p[] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1};  // x^15 + x + 1
-  static GF2m f(15, p, 15, exp2Int15.data(), kExp2Int15Size);
-  return f;
+inline GF2m& gf32768() {  // x^15 + x + 1, from the codec's stored table
+  static const auto f = qfbtest::codecField();
+  return *f;
 }
 
 struct Probe : BCH {
@@ -50,14 +47,6 @@ inline int evaluateBits(GF& f, const std::vector<int>& byDegree, int e) {
 }
 
 inline std::vector<int> reversed(std::vector<int> v) { return std::vector<int>(v.rbegin(), v.rend()); }
-
-// True when the interface-order word vanishes at alpha^first .. alpha^(first+count-1).
-inline bool hasRoots(GF& f, const std::vector<int>& word, int first, int count) {
-  const std::vector<int> byDegree = reversed(word);
-  for (int e = first; e < first + count; ++e)
-    if (evaluateBits(f, byDegree, e) != f.getZero()) return false;
-  return true;
-}
 
 using qfbtest::randomBits;
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -34,24 +35,38 @@ void flip(Word& w, int k, int bit) {
   byte = static_cast<uint8_t>(byte ^ (0x80 >> (bit < k ? bit % 8 : (bit - k) % 8)));
 }
 
+// A random codeword, every bit of reliability r.
+Word randomCodeword(quil::PackedBCH& codec, std::mt19937& rng, float r) {
+  Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()),
+         std::vector<float>(codec.dataBits() + codec.parityBits(), r), {}};
+  for (auto& b : w.data) b = static_cast<uint8_t>(rng());
+  const int k = codec.dataBits();
+  if (k % 8) w.data.back() = static_cast<uint8_t>(w.data.back() & (0xFF00 >> (k % 8)));
+  codec.encode(w.data.data(), w.parity.data());
+  return w;
+}
+
 // A random codeword sent as +-1 through Gaussian noise of deviation sigma:
 // hard decisions and reliabilities |LLR| = 2|y| / sigma^2.
 Word noisyCodeword(quil::PackedBCH& codec, std::mt19937& rng, double sigma) {
-  const int k = codec.dataBits(), n = k + codec.parityBits();
-  Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()), std::vector<float>(n), {}};
-  for (auto& b : w.data) b = static_cast<uint8_t>(rng());
-  if (k % 8) w.data.back() = static_cast<uint8_t>(w.data.back() & (0xFF00 >> (k % 8)));
-  codec.encode(w.data.data(), w.parity.data());
+  Word w = randomCodeword(codec, rng, 0.0f);
   std::normal_distribution<double> noise(0.0, sigma);
-  for (int i = 0; i < n; ++i) {
+  for (int i = 0; i < static_cast<int>(w.reliability.size()); ++i) {
     const double y = 1.0 + noise(rng);  // relative to the sent bit
     w.reliability[i] = static_cast<float>(2.0 * std::fabs(y) / (sigma * sigma));
     if (y < 0) {
-      flip(w, k, i);
+      flip(w, codec.dataBits(), i);
       w.errors.push_back(i);
     }
   }
   return w;
+}
+
+std::vector<int> shuffledPositions(int n, std::mt19937& rng) {
+  std::vector<int> bits(n);
+  std::iota(bits.begin(), bits.end(), 0);
+  std::shuffle(bits.begin(), bits.end(), rng);
+  return bits;
 }
 
 double scoreOf(const std::vector<int>& changed, const std::vector<float>& reliability) {
@@ -85,6 +100,14 @@ TEST(ChaseDecoder, AgreesAcrossSyndromePathsAndNeverLosesToHardDecoding) {
       const quil::DecodeResult h = codec.decode(hard.data.data(), hard.parity.data(), hardFlips.data());
       hardFlips.resize(h.correctedBits);
       hardWins += h.status != quil::DecodeStatus::Uncorrectable;
+      // Without soft information (all reliabilities equal) it is the hard decoder.
+      Word flat = received;
+      std::vector<int> flatFlips(c.t + 6);
+      const std::vector<float> same(received.reliability.size(), 2.5f);
+      const auto s = codec.decodeSoft(flat.data.data(), flat.parity.data(), same.data(), 6, flatFlips.data());
+      EXPECT_EQ(std::make_pair(s.status, s.correctedBits), std::make_pair(h.status, h.correctedBits));
+      EXPECT_EQ(flat.data, hard.data);
+      EXPECT_TRUE(std::equal(hardFlips.begin(), hardFlips.end(), flatFlips.begin()));
       for (int eta : {0, 3, 6}) {
         SCOPED_TRACE(::testing::Message() << "word " << i << " eta " << eta);
         std::vector<ChaseRun> runs;
@@ -118,40 +141,49 @@ TEST(ChaseDecoder, AgreesAcrossSyndromePathsAndNeverLosesToHardDecoding) {
   }
 }
 
-// eta unreliable bits, one of them an error (at `rank` in reliability
-// order), the other t errors reliable. With eta above 2t + 1 the
-// selection must still reach the eta-th least reliable bit.
-TEST(ChaseDecoder, CorrectsTPlusOneErrorsWhenOneIsAmongTheLeastReliable) {
-  struct Case {
-    int t, eta, rank;
-  } cases[] = {{5, 3, 1}, {40, 3, 1}, {3, 10, 8}};
+// rank >= 0: eta unreliable bits, one of them an error (at `rank` in
+// reliability order), the other t errors reliable; with eta above 2t + 1 the
+// selection must still reach the eta-th least reliable bit. rank < 0: up to
+// t - eta errors every test word lies within t of the codeword sent, so the
+// search returns it however the reliabilities mislead (here the errors are
+// the most reliable bits); simulations skip those error counts.
+TEST(ChaseDecoder, CorrectsWhatItsTestWordsReach) {
+  struct Case { int k, t, eta, rank; };
+  const Case cases[] = {{2000, 5, 3, 1}, {2000, 40, 3, 1}, {2000, 3, 10, 8},
+                        {3000, 5, 3, -1}, {3000, 40, 6, -1}, {3000, 12, 10, -1}};
   std::mt19937 rng(3);
   for (const Case& c : cases) {
-    SCOPED_TRACE(::testing::Message() << "t=" << c.t << " eta=" << c.eta);
-    quil::PackedBCH codec(2000, c.t);
-    const int k = codec.dataBits(), n = k + codec.parityBits();
-    Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()), std::vector<float>(n, 4.0f), {}};
-    for (auto& b : w.data) b = static_cast<uint8_t>(rng());
-    codec.encode(w.data.data(), w.parity.data());
-    const Word sent = w;
-    std::vector<int> bits(n);
-    for (int i = 0; i < n; ++i) bits[i] = i;
-    std::shuffle(bits.begin(), bits.end(), rng);
-    for (int e = 0; e <= c.t; ++e) flip(w, k, bits[e]);
-    for (int i = 0; i < c.eta; ++i) w.reliability[i == c.rank ? bits[0] : bits[c.t + 1 + i]] = 0.1f * (i + 1);
-    Word hard = w;
-    EXPECT_NE(codec.decode(hard.data.data(), hard.parity.data()).status, quil::DecodeStatus::Corrected);
-    std::vector<int> positions(c.t + c.eta);
-    const quil::DecodeResult r = codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), c.eta,
-                                                  positions.data());
-    ASSERT_EQ(r.status, quil::DecodeStatus::Corrected);
-    EXPECT_EQ(r.correctedBits, c.t + 1);
-    EXPECT_EQ(w.data, sent.data);
-    EXPECT_EQ(w.parity, sent.parity);
-    std::vector<int> expected(bits.begin(), bits.begin() + c.t + 1);
-    std::sort(expected.begin(), expected.end());
-    positions.resize(r.correctedBits);
-    EXPECT_EQ(positions, expected);
+    SCOPED_TRACE(::testing::Message() << "t=" << c.t << " eta=" << c.eta << " rank=" << c.rank);
+    quil::PackedBCH codec(c.k, c.t);
+    const int n = c.k + codec.parityBits();
+    for (int trial = 0; trial < (c.rank < 0 ? 5 : 1); ++trial) {
+      Word w = randomCodeword(codec, rng, 4.0f);
+      const Word sent = w;
+      const std::vector<int> bits = shuffledPositions(n, rng);
+      if (c.rank >= 0) {
+        for (int e = 0; e <= c.t; ++e) flip(w, c.k, bits[e]);
+        for (int i = 0; i < c.eta; ++i) w.reliability[i == c.rank ? bits[0] : bits[c.t + 1 + i]] = 0.1f * (i + 1);
+        Word hard = w;
+        EXPECT_NE(codec.decode(hard.data.data(), hard.parity.data()).status, quil::DecodeStatus::Corrected);
+      } else {
+        std::uniform_real_distribution<float> low(0.01f, 1.0f);
+        for (float& r : w.reliability) r = low(rng);
+        for (int e = 0; e < c.t - c.eta; ++e) {
+          flip(w, c.k, bits[e]);
+          w.reliability[bits[e]] = 50.0f;
+        }
+      }
+      std::vector<int> positions(c.t + c.eta);
+      const quil::DecodeResult r = codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), c.eta,
+                                                    positions.data());
+      ASSERT_EQ(r.status, quil::DecodeStatus::Corrected);
+      EXPECT_EQ(w.data, sent.data);
+      EXPECT_EQ(w.parity, sent.parity);
+      std::vector<int> expected(bits.begin(), bits.begin() + (c.rank >= 0 ? c.t + 1 : c.t - c.eta));
+      std::sort(expected.begin(), expected.end());
+      positions.resize(r.correctedBits);
+      EXPECT_EQ(positions, expected);
+    }
   }
 }
 
@@ -182,52 +214,6 @@ TEST(ChaseDecoder, KeepsSearchingUntilTheBestCandidateIsProven) {
   }
 }
 
-// Up to t - eta errors every test word lies within t of the codeword sent,
-// so the search returns it however the reliabilities mislead (here the
-// errors are the most reliable bits); simulations skip those error counts.
-TEST(ChaseDecoder, AlwaysCorrectsUpToTMinusEtaErrors) {
-  std::mt19937 rng(23);
-  for (const auto& [t, eta] : {std::pair{5, 3}, std::pair{40, 6}, std::pair{12, 10}}) {
-    quil::PackedBCH codec(3000, t);
-    const int k = codec.dataBits(), n = k + codec.parityBits();
-    for (int trial = 0; trial < 5; ++trial) {
-      Word w{Bytes(codec.dataBytes()), Bytes(codec.parityBytes()), std::vector<float>(n), {}};
-      for (auto& b : w.data) b = static_cast<uint8_t>(rng());
-      codec.encode(w.data.data(), w.parity.data());
-      const Word sent = w;
-      std::uniform_real_distribution<float> low(0.01f, 1.0f);
-      for (float& r : w.reliability) r = low(rng);
-      std::vector<int> bits(n);
-      for (int i = 0; i < n; ++i) bits[i] = i;
-      std::shuffle(bits.begin(), bits.end(), rng);
-      for (int e = 0; e < t - eta; ++e) {
-        flip(w, k, bits[e]);
-        w.reliability[bits[e]] = 50.0f;
-      }
-      codec.decodeSoft(w.data.data(), w.parity.data(), w.reliability.data(), eta);
-      EXPECT_EQ(w.data, sent.data) << "t=" << t << " eta=" << eta;
-      EXPECT_EQ(w.parity, sent.parity) << "t=" << t << " eta=" << eta;
-    }
-  }
-}
-
-TEST(ChaseDecoder, WithoutSoftInformationItIsTheHardDecoder) {
-  std::mt19937 rng(11);
-  quil::PackedBCH codec(1000, 5);
-  for (int i = 0; i < 40; ++i) {
-    Word w = noisyCodeword(codec, rng, 0.39);
-    std::vector<float> flat(w.reliability.size(), 2.5f);
-    Word hard = w;
-    std::vector<int> hardFlips(5), softFlips(5 + 6);
-    const auto h = codec.decode(hard.data.data(), hard.parity.data(), hardFlips.data());
-    const auto s = codec.decodeSoft(w.data.data(), w.parity.data(), flat.data(), 6, softFlips.data());
-    EXPECT_EQ(s.status, h.status);
-    EXPECT_EQ(s.correctedBits, h.correctedBits);
-    EXPECT_EQ(w.data, hard.data);
-    EXPECT_TRUE(std::equal(hardFlips.begin(), hardFlips.begin() + h.correctedBits, softFlips.begin()));
-  }
-}
-
 TEST(ChaseDecoder, ATestWordThatIsACodewordSkipsTheLocator) {
   quil::PackedBCH codec(1000, 5);
   BCH code(&bchtest::gf32768(), 0, 5, 1, 1000);
@@ -248,21 +234,22 @@ TEST(ChaseDecoder, ATestWordThatIsACodewordSkipsTheLocator) {
 TEST(ChaseDecoder, RefusesBadArguments) {
   quil::PackedBCH codec(100, 3);
   Bytes data(codec.dataBytes()), parity(codec.parityBytes());
-  std::vector<float> reliability(145, 1.0f);
-  auto messageOf = [&](int eta) {
+  auto messageOf = [&](int eta, float bit17) -> std::string {
+    std::vector<float> reliability(145, 1.0f);
+    reliability[17] = bit17;
     try {
       codec.decodeSoft(data.data(), parity.data(), reliability.data(), eta);
     } catch (const std::invalid_argument& e) {
-      return std::string(e.what());
+      return e.what();
     }
-    return std::string("(accepted)");
+    return "(accepted)";
   };
-  EXPECT_EQ(messageOf(11), "Chase decoding: the number of flipped positions must be 0 .. 10, got 11");
-  EXPECT_EQ(messageOf(-1), "Chase decoding: the number of flipped positions must be 0 .. 10, got -1");
-  reliability[17] = -1.0f;
-  EXPECT_EQ(messageOf(2), "Chase decoding: reliability of bit 17 is negative or not a number");
-  reliability[17] = std::numeric_limits<float>::quiet_NaN();
-  EXPECT_EQ(messageOf(2), "Chase decoding: reliability of bit 17 is negative or not a number");
+  const std::string eta = "Chase decoding: the number of flipped positions must be 0 .. 10, got ";
+  const std::string bit = "Chase decoding: reliability of bit 17 is negative or not a number";
+  EXPECT_EQ(messageOf(11, 1.0f), eta + "11");
+  EXPECT_EQ(messageOf(-1, 1.0f), eta + "-1");
+  EXPECT_EQ(messageOf(2, -1.0f), bit);
+  EXPECT_EQ(messageOf(2, std::numeric_limits<float>::quiet_NaN()), bit);
 }
 
 }  // namespace

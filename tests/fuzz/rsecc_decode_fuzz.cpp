@@ -107,10 +107,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   const int nErasures = static_cast<int>(erasures.size());
 
+  auto decodeWith = [&](RSECC& c, std::vector<int>& w, const int* mask) {
+    return mode == 0 ? c.decode(w.data(), n, tUse, mask)
+                     : c.decodeErrorAndErasure(w.data(), n, erasures.data(), nErasures, tUse, mask);
+  };
   std::vector<int> decoded = word;
-  const int result = mode == 0 ? code.decode(decoded.data(), n, tUse, nullptr)
-                               : code.decodeErrorAndErasure(decoded.data(), n, erasures.data(), nErasures,
-                                                            tUse, nullptr);
+  const int result = decodeWith(code, decoded, nullptr);
   FUZZ_CHECK(result == 0 || result == 1, "result %d", result);
   FUZZ_CHECK(fuzz::allWithin(decoded, 0, q - 1), "a decoded symbol left the field");
   FUZZ_CHECK(fuzz::differences(word, decoded) <= tEff + nErasures, "%d symbols changed, limit %d + %d",
@@ -130,12 +132,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       plain[i] = field.add(word[i], mask[i]);
     }
     std::vector<int> viaMask = word;
-    const int r1 = mode == 0 ? maskedCode.decode(viaMask.data(), n, tUse, mask.data())
-                             : maskedCode.decodeErrorAndErasure(viaMask.data(), n, erasures.data(),
-                                                                nErasures, tUse, mask.data());
-    const int r2 = mode == 0 ? code.decode(plain.data(), n, tUse, nullptr)
-                             : code.decodeErrorAndErasure(plain.data(), n, erasures.data(), nErasures, tUse,
-                                                          nullptr);
+    const int r1 = decodeWith(maskedCode, viaMask, mask.data()), r2 = decodeWith(code, plain, nullptr);
     FUZZ_CHECK(r1 == r2, "masked result %d, plain result %d", r1, r2);
     for (size_t i = 0; i < mask.size(); ++i)
       FUZZ_CHECK(field.add(viaMask[i], mask[i]) == plain[i], "masked correction differs at %zu", i);

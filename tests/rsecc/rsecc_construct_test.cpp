@@ -83,7 +83,7 @@ TEST(RseccConstruct, EncodersAndCodewordTest) {
   for (int b0 : {0, 1}) {
     RSECC rs(&f, 3, 7, false, b0);
     const int k = 20, n = 27;
-    V msg(k), cw(n), dummy(n), zeros(k, 255);
+    V msg(k), cw(n), dummy(n);
     for (int& s : msg) s = int(rng() % 256);
     rs.encode(msg.data(), k, cw.data(), n);
     rs.dummyEncoder(msg.data(), k, dummy.data(), n);
@@ -100,8 +100,6 @@ TEST(RseccConstruct, EncodersAndCodewordTest) {
       bad[i] = f.add(bad[i], 17);
       EXPECT_EQ(rs.isValidCodeword(bad.data(), n), 0) << i;
     }
-    rs.encode(zeros.data(), k, cw.data(), n);
-    EXPECT_EQ(cw, V(n, 255));
   }
 }
 

@@ -2,20 +2,23 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
+#include <numeric>
 #include <random>
 #include <vector>
 
 #include "gf/gf2m.h"
 #include "rsecc/rsecc.h"
+#include "support/primitive_polynomials.h"
 
 namespace rstest {
 
 using V = std::vector<int>;
 
-// GF(16) from x^4 + x + 1 or GF(2^8) from x^8 + x^4 + x^3 + x^2 + 1.
+// GF(16) from x^4 + x + 1, GF(2^8) from x^8 + x^4 + x^3 + x^2 + 1, ...
 inline GF2m field(int m) {
-  static const int p4[] = {1, 0, 0, 1, 1}, p8[] = {1, 0, 0, 0, 1, 1, 1, 0, 1};
-  return GF2m(m, m == 4 ? p4 : p8, m, static_cast<const char*>(nullptr));
+  const std::vector<int> p = qfbtest::primitivePolynomial(m);
+  return GF2m(m, p.data(), m, static_cast<const char*>(nullptr));
 }
 
 inline V randomCodeword(RSECC& rs, GF& f, int n, std::mt19937& rng) {
@@ -40,9 +43,7 @@ inline V corrupt(const V& cw, GF& f, int count, std::mt19937& rng, V* where = nu
 }
 
 inline int distance(const V& a, const V& b) {
-  int d = 0;
-  for (size_t i = 0; i < a.size(); ++i) d += a[i] != b[i];
-  return d;
+  return std::inner_product(a.begin(), a.end(), b.begin(), 0, std::plus<>(), std::not_equal_to<>());
 }
 
 // r(x) at alpha^e by Horner, leading first: independent of the codec's own routines.

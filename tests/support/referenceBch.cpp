@@ -37,17 +37,7 @@ std::set<int> rootExponents(int b, int t, int m, int q) {
 
 }  // namespace
 
-ReferenceBCH::ReferenceBCH(GF* gf_, int n_, int t_, int b_, int k_)
-    : gf(gf_),
-      n(n_),
-      k(k_),
-      t(t_),
-      b(b_),
-      genPoly(nullptr),
-      rsecc(nullptr),
-      parity(-1),
-      syndromes(nullptr),
-      lambda(nullptr) {
+ReferenceBCH::ReferenceBCH(GF* gf_, int n_, int t_, int b_, int k_) : gf(gf_), n(n_), k(k_), t(t_), b(b_) {
   const int m = gf->getM();
   const int q = gf->getN();
   if (b != 0 && b != 1) fatal("only b=1 and b=0 are supported.");

@@ -34,9 +34,9 @@ struct ReferenceBCH {
   int k;
   int t;
   int b;
-  int* genPoly;
-  RSECC* rsecc;
-  int parity;
-  int* syndromes;
-  int* lambda;
+  int* genPoly = nullptr;
+  RSECC* rsecc = nullptr;
+  int parity = -1;
+  int* syndromes = nullptr;
+  int* lambda = nullptr;
 };
