@@ -48,6 +48,18 @@ class ByteBuffer {
 // number, or numbers; as the command line's text ("" for None).
 std::string sweepText(const py::object& sweep);
 
+// The cell, model file, page and P/E and retention sweeps of the NAND
+// channel, into the options of `flashbch nand` or `flashbch simulate`.
+template <typename Options>
+void setNandPage(Options& o, const std::string& cell, const py::object& model, const std::string& page,
+                 const py::object& pe, const py::object& retention) {
+  o.cell = cell;
+  o.model = model.is_none() ? "" : py::str(model).cast<std::string>();
+  o.page = page;
+  o.pe = sweepText(pe);
+  o.retention = sweepText(retention);
+}
+
 // threads = 0 is every core; otherwise 1 .. 1024, as the command line's
 // --threads. Throws ValueError with the command line's message.
 int threadCount(int threads);

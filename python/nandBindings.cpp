@@ -17,11 +17,7 @@ py::object neededT(int t) { return t > 0 ? py::object(py::int_(t)) : py::none();
 py::list nandRows(const std::string& cell, const py::object& model, const std::string& page, const py::object& pe,
                   const py::object& retention, const LayoutArg& layout, double targetUber) {
   flashbch::NandOptions o;
-  o.cell = cell;
-  o.model = model.is_none() ? "" : py::str(model).cast<std::string>();
-  o.page = page;
-  o.pe = sweepText(pe);
-  o.retention = sweepText(retention);
+  setNandPage(o, cell, model, page, pe, retention);
   o.layout = layoutText(layout);
   o.targetUber = targetUber;
   const flashbch::NandTable table = [&] {

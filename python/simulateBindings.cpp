@@ -104,11 +104,7 @@ SimulationResult simulate(const LayoutArg& layout, int t, const std::string& cha
   o.targetRelCi = numberText(targetRelCi);
   o.seed = numberText(seed);
   o.threads = threads;
-  o.cell = cell;
-  o.model = model.is_none() ? "" : py::str(model).cast<std::string>();
-  o.page = page;
-  o.pe = sweepText(pe);
-  o.retention = sweepText(retention);
+  setNandPage(o, cell, model, page, pe, retention);
   o.refs = sweepText(refs);
   o.softReads = softReads;
   o.softStep = softStep;

@@ -55,6 +55,22 @@ void foldXmm(const uint64_t* a, const uint64_t* c, int K, uint64_t* out) {
   for (int w = 2 * NV - 1; w > 0; --w) out[w] ^= odd[w - 1];
 }
 
+// The products of the low words (even) and of the high words (odd, one
+// word up) of NV registers added into out[0 .. 8 NV - 1]; returns the odd
+// products' top word, out[8 NV].
+template <int NV>
+__attribute__((target("avx512f,avx512bw,vpclmulqdq"))) inline uint64_t storeEvenOdd(const __m512i* even,
+                                                                                   const __m512i* odd, uint64_t* out) {
+  __m512i below = _mm512_setzero_si512();
+  #pragma GCC unroll 16
+  for (int v = 0; v < NV; ++v) {
+    const __m512i shifted = _mm512_maskz_alignr_epi64(0xff, odd[v], below, 7);
+    _mm512_storeu_si512(out + 8 * v, _mm512_xor_si512(even[v], shifted));
+    below = odd[v];
+  }
+  return static_cast<uint64_t>(_mm_extract_epi64(_mm512_maskz_extracti32x4_epi32(0xf, below, 3), 1));
+}
+
 // 512-bit registers: stride = 8 NV words, four products per instruction.
 // With HALF, a constant has one word more (W = 8 NV + 1, stride 8 NV + 2),
 // whose products take one 128-bit instruction instead of two 512-bit ones
@@ -81,16 +97,7 @@ __attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldZmm(const
       odd[v] = _mm512_xor_si512(odd[v], _mm512_clmulepi64_epi128(x, cv, 0x10));
     }
   }
-  __m512i below = _mm512_setzero_si512();
-  #pragma GCC unroll 16
-  for (int v = 0; v < NV; ++v) {
-    const __m512i shifted = _mm512_maskz_alignr_epi64(0xff, odd[v], below, 7);
-    _mm512_storeu_si512(out + 8 * v, _mm512_xor_si512(even[v], shifted));
-    below = odd[v];
-  }
-  uint64_t top[8];
-  _mm512_storeu_si512(top, below);
-  out[8 * NV] = top[7];
+  out[8 * NV] = storeEvenOdd<NV>(even, odd, out);
   if constexpr (HALF) {
     out[8 * NV] ^= static_cast<uint64_t>(_mm_cvtsi128_si64(last));
     out[8 * NV + 1] = static_cast<uint64_t>(_mm_extract_epi64(last, 1));
@@ -142,14 +149,7 @@ __attribute__((target("avx512f,avx512bw,vpclmulqdq,pclmul"))) void foldWide(cons
     }
   }
   if constexpr (NV > 0) {
-    __m512i below = _mm512_setzero_si512();
-    #pragma GCC unroll 8
-    for (int v = 0; v < NV; ++v) {
-      const __m512i shifted = _mm512_maskz_alignr_epi64(0xff, odd[v], below, 7);
-      _mm512_storeu_si512(out + 8 * v, _mm512_xor_si512(even[v], shifted));
-      below = odd[v];
-    }
-    out[8 * NV] = static_cast<uint64_t>(_mm_extract_epi64(_mm512_maskz_extracti32x4_epi32(0xf, below, 3), 1));
+    out[8 * NV] = storeEvenOdd<NV>(even, odd, out);
   } else {
     out[0] = 0;
   }
